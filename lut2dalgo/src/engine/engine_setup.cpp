@@ -1,0 +1,206 @@
+// Engine set-up, configuration refresh and tear-down.
+
+#include <array>
+#include <cstdlib>
+#include <cstring>
+
+#include "../common/checked_math.h"
+#include "../common/lut2d_log.h"
+#include "sw_2dlut_v10.h"
+
+namespace {
+
+using lut2d::kDivTableSize;
+
+// shift[n] = ceil(log2 n) for n >= 2; 0 for n = 0 and 1.
+constexpr std::array<uint32_t, kDivTableSize> makeShiftTable() {
+    std::array<uint32_t, kDivTableSize> t{};
+    for (uint32_t n = 2; n < kDivTableSize; ++n) {
+        uint32_t s = 0;
+        while ((1u << s) < n) ++s;
+        t[n] = s;
+    }
+    return t;
+}
+
+constexpr std::array<uint32_t, kDivTableSize> kShiftTable = makeShiftTable();
+
+// reciprocal[n] = ceil(2^(12 + shift[n]) / n) for n >= 1; 4096 for n = 0.
+constexpr std::array<uint32_t, kDivTableSize> makeReciprocalTable() {
+    std::array<uint32_t, kDivTableSize> t{};
+    t[0] = 4096;
+    for (uint32_t n = 1; n < kDivTableSize; ++n) {
+        const uint32_t num = 1u << (12 + kShiftTable[n]);
+        t[n] = (num + n - 1) / n;
+    }
+    return t;
+}
+
+constexpr std::array<uint32_t, kDivTableSize> kReciprocalTable = makeReciprocalTable();
+
+static_assert(kShiftTable[2] == 1 && kShiftTable[3] == 2 && kShiftTable[4] == 2);
+static_assert(kShiftTable[5] == 3 && kShiftTable[8] == 3 && kShiftTable[1023] == 10);
+static_assert(kReciprocalTable[3] == 5462 && kReciprocalTable[5] == 6554);
+static_assert(kReciprocalTable[7] == 4682 && kReciprocalTable[9] == 7282);
+static_assert(kReciprocalTable[1023] == 4101);
+
+// The two colour-transform records, end to end: RGB -> YUV (inputs G, B, R), then
+// YUV -> RGB (outputs G, B, R). Full-range BT.601 in Q10.
+constexpr CST_params kCstParams[2] = {
+    {{0, 0, 0},
+     {0, 0, 0},
+     {1023, 1023, 1023},
+     {601, 117, 306, -338, 510, -172, -427, -83, 510},
+     {0, 512, 512}},
+    {{0, 512, 512},
+     {0, 0, 0},
+     {1023, 1023, 1023},
+     {1024, -354, -734, 1024, 1822, 0, 1024, 0, 1441},
+     {0, 0, 0}},
+};
+
+void copyDivisionTables(SW_2DLut_v10& e) {
+    std::memcpy(e.m_recip, kReciprocalTable.data(), sizeof e.m_recip);
+    std::memcpy(e.m_recip2, kReciprocalTable.data(), sizeof e.m_recip2);
+    std::memcpy(e.m_shift2, kShiftTable.data(), sizeof e.m_shift2);
+    std::memcpy(e.m_shift, kShiftTable.data(), sizeof e.m_shift);
+}
+
+// Maps every value 0 .. entries-1 to the interval [nodes[i], nodes[i + 1]) that holds it,
+// advancing at most one interval per value and never beyond lastInterval. Values past the
+// last node keep the last interval, so the table covers its whole range whatever the record.
+void fillIndexTable(uint16_t* table, uint32_t entries, const uint16_t* nodes,
+                    uint16_t lastInterval) {
+    uint16_t i = 0;
+    for (uint32_t x = 0; x < entries; ++x) {
+        if (i < lastInterval && x >= nodes[i + 1]) ++i;
+        table[x] = i;
+    }
+}
+
+// Lightness weight in 1/2048: zero outside (start_A, end_B), full on the plateau, linear
+// ramps between, each ramp product kept modulo 4096 (an overshooting inverse wraps).
+void fillLightWeightTable(uint16_t* table, const ISP2DLUTInStruct_V10& cfg) {
+    const int32_t startA = cfg.l_boundary_start_A;
+    const int32_t startB = cfg.l_boundary_start_B;
+    const int32_t endA = cfg.l_boundary_end_A;
+    const int32_t endB = cfg.l_boundary_end_B;
+    for (int32_t l = 0; l < static_cast<int32_t>(lut2d::kLightWeightEntries); ++l) {
+        int32_t w;
+        if (l <= startA || l >= endB) {
+            w = 0;
+        } else if (l < startB) {
+            w = lut2d::checkedMul<int32_t>(l - startA, int32_t{cfg.l_boundary_start_inv}) & 4095;
+        } else if (l > endA) {
+            w = lut2d::checkedMul<int32_t>(endB - l, int32_t{cfg.l_boundary_end_inv}) & 4095;
+        } else {
+            w = 2048;
+        }
+        table[l] = static_cast<uint16_t>(w);
+    }
+}
+
+void buildIndexTables(SW_2DLut_v10& e) {
+    fillIndexTable(e.m_hueIndex, lut2d::kHueIndexEntries, e.m_cfg->lut_1d_h, 24);
+    fillIndexTable(e.m_satIndex, lut2d::kSatIndexEntries, e.m_cfg->lut_1d_s, 15);
+}
+
+}  // namespace
+
+SW_2DLut_v10::SW_2DLut_v10()
+    : m_useDsp(0),
+      m_abort(0),
+      m_done(0),
+      m_workArea(nullptr),
+      m_recip{},
+      m_recip2{},
+      m_shift{},
+      m_shift2{},
+      m_cfg(nullptr),
+      m_mode(LUT2D_MODE_YDS),
+      m_format(0),
+      m_width(0),
+      m_stride(0),
+      m_height(0),
+      m_hueIndex(nullptr),
+      m_satIndex(nullptr),
+      m_lightWeight(nullptr),
+      m_cst{},
+      m_dspCtx(nullptr) {}
+
+// Owned buffers are freed by releaseLut2d or DenitLut2D, not here.
+SW_2DLut_v10::~SW_2DLut_v10() {}
+
+int SW_2DLut_v10::initializeTables() {
+    copyDivisionTables(*this);
+    return 0;
+}
+
+int SW_2DLut_v10::InitLut2D(ISP2DLUTInStruct_V10* cfg, Lut2DMode mode, Lut2DImageInfo info) {
+    copyDivisionTables(*this);
+
+    m_cfg = cfg;
+    m_mode = mode;
+    m_format = info.format;
+    m_stride = info.stride;
+    m_height = info.height;
+    m_width = info.width;
+
+    // The index tables always cover every hue (0..12288) and saturation (0..2048) the
+    // kernel can produce, whatever the record's last nodes, so no lookup can leave them.
+    m_hueIndex = static_cast<uint16_t*>(std::malloc(lut2d::kHueIndexEntries * sizeof(uint16_t)));
+    if (m_hueIndex == nullptr) {
+        LUT2D_LOGE("%s: %d: malloc failed \n", "InitLut2D", 414);
+        return LUT2D_ERR_NO_MEMORY;
+    }
+    m_satIndex = static_cast<uint16_t*>(std::malloc(lut2d::kSatIndexEntries * sizeof(uint16_t)));
+    if (m_satIndex == nullptr) {
+        LUT2D_LOGE("%s: %d: malloc failed \n", "InitLut2D", 420);
+        return LUT2D_ERR_NO_MEMORY;
+    }
+    m_lightWeight =
+        static_cast<uint16_t*>(std::malloc(lut2d::kLightWeightEntries * sizeof(uint16_t)));
+    if (m_lightWeight == nullptr) {
+        LUT2D_LOGE("%s: %d: malloc failed \n", "InitLut2D", 426);
+        return LUT2D_ERR_NO_MEMORY;
+    }
+
+    buildIndexTables(*this);
+    fillLightWeightTable(m_lightWeight, *cfg);
+
+    m_workArea = static_cast<uint8_t*>(std::malloc(lut2d::kWorkAreaBytes));
+    if (m_workArea == nullptr) {
+        LUT2D_LOGE("%s: %d: malloc failed \n", "InitLut2D", 477);
+        return LUT2D_ERR_NO_MEMORY;
+    }
+    // Every cache entry starts with an all-ones key, above any key a real colour packs to,
+    // so the first lookup of every colour computes it.
+    std::memset(m_workArea, 0xFF, lut2d::kWorkAreaBytes);
+
+    std::memcpy(m_cst, kCstParams, sizeof m_cst);
+    return LUT2D_OK;
+}
+
+// Rebuilds only the index tables, from the stored record (the argument is not read). The
+// lightness weight table keeps the boundaries of the set-up for the life of the handle.
+int SW_2DLut_v10::UpdateCfg(ISP2DLUTInStruct_V10* /*cfg*/) {
+    if (m_hueIndex != nullptr && m_satIndex != nullptr) buildIndexTables(*this);
+    return LUT2D_OK;
+}
+
+int SW_2DLut_v10::DenitLut2D() {
+    std::free(m_hueIndex);
+    std::free(m_satIndex);
+    std::free(m_lightWeight);
+    std::free(m_workArea);
+    m_hueIndex = nullptr;
+    m_satIndex = nullptr;
+    m_lightWeight = nullptr;
+    m_workArea = nullptr;
+    return LUT2D_OK;
+}
+
+int SW_2DLut_v10::run(Lut2DImageData* image) {
+    if (m_cfg->enable == 0) return LUT2D_OK;
+    return run2dlut_fx(image);
+}

@@ -1,0 +1,48 @@
+#include "log_capture.h"
+
+#include <cstdarg>
+#include <cstdio>
+#include <mutex>
+
+namespace {
+
+std::mutex g_mutex;
+std::vector<lut2d_test::LogLine> g_lines;
+
+}  // namespace
+
+extern "C" __attribute__((visibility("default"), format(printf, 3, 4))) int __android_log_print(
+    int prio, const char* tag, const char* fmt, ...) {
+    va_list ap;
+    va_start(ap, fmt);
+    va_list ap2;
+    va_copy(ap2, ap);
+    const int n = std::vsnprintf(nullptr, 0, fmt, ap);
+    va_end(ap);
+    std::string text(n > 0 ? static_cast<size_t>(n) : 0u, '\0');
+    std::vsnprintf(text.data(), text.size() + 1, fmt, ap2);
+    va_end(ap2);
+    std::lock_guard<std::mutex> lock(g_mutex);
+    g_lines.push_back({prio, tag != nullptr ? tag : "", std::move(text)});
+    return n;
+}
+
+namespace lut2d_test {
+
+void clearLog() {
+    std::lock_guard<std::mutex> lock(g_mutex);
+    g_lines.clear();
+}
+
+std::vector<LogLine> logLines() {
+    std::lock_guard<std::mutex> lock(g_mutex);
+    return g_lines;
+}
+
+std::vector<std::string> logTexts() {
+    std::vector<std::string> out;
+    for (const LogLine& l : logLines()) out.push_back(l.text);
+    return out;
+}
+
+}  // namespace lut2d_test

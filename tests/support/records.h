@@ -1,0 +1,29 @@
+// Tuning records and frames for tests.
+#pragma once
+
+#include <cstdint>
+#include <vector>
+
+#include "interface/orvix_lut2d.h"
+
+namespace lut2d_test {
+
+// A valid, enabled record with every offset 0: hue nodes every 512 units (0 .. 12288),
+// saturation nodes j * 2048 / 15, lightness ramps 40 -> 200 and 1800 -> 2000, all
+// reciprocals matching the spacing (truncated).
+ISP2DLUTInStruct_V10 neutralRecord();
+
+// The same record with every hue and saturation offset set to the given values.
+ISP2DLUTInStruct_V10 uniformRecord(int16_t hueOffset, int16_t satOffset);
+
+// An 8-bit semi-planar frame with its own storage.
+struct Frame {
+    Lut2DImageInfo info{};
+    std::vector<uint8_t> luma;
+    std::vector<uint8_t> chroma;
+
+    Frame(uint32_t width, uint32_t height, uint32_t stride, uint32_t format = 0);
+    Lut2DImageData data() { return {luma.data(), chroma.data()}; }
+};
+
+}  // namespace lut2d_test

@@ -1,0 +1,40 @@
+// Integer helpers: exact 16-bit truncation, the signed shift rule and overflow traps.
+
+#include <gtest/gtest.h>
+
+#include <climits>
+
+#include "common/checked_math.h"
+#include "common/int_math.h"
+
+namespace {
+
+TEST(IntMath, SixteenBitTruncation) {
+    EXPECT_EQ(lut2d::toInt16(70000), 4464);
+    EXPECT_EQ(lut2d::toInt16(32768), -32768);
+    EXPECT_EQ(lut2d::toInt16(-1), -1);
+    EXPECT_EQ(lut2d::toInt16(65535), -1);
+    EXPECT_EQ(lut2d::toUint16(-1), 65535);
+}
+
+TEST(IntMath, SignedShiftRule) {
+    EXPECT_EQ(lut2d::signedShift(-511, 5), -16352);
+    EXPECT_EQ(lut2d::signedShift(100, 0), 100);
+    EXPECT_EQ(lut2d::signedShift(-100, -2), -25);  // arithmetic: floors
+    EXPECT_EQ(lut2d::signedShift(-101, -2), -26);
+    EXPECT_EQ(lut2d::signedShift(1, 0xFFFF), 0);    // 0xFFFF is -1: shift right by 1
+    EXPECT_EQ(lut2d::signedShift(3, 33), 6);        // count taken modulo 32
+    EXPECT_EQ(lut2d::signedShift(-8, -32768), -8);  // magnitude 32768 -> count 0
+}
+
+using CheckedMathDeathTest = ::testing::Test;
+
+TEST(CheckedMathDeathTest, OverflowsTrap) {
+    EXPECT_EQ((lut2d::checkedMul<uint32_t>(65536u, 65535u)), 4294901760u);
+    EXPECT_DEATH((void)lut2d::checkedMul<uint32_t>(65536u, 65536u), "");
+    EXPECT_DEATH((void)lut2d::checkedAdd<int32_t>(INT_MAX, 1), "");
+    EXPECT_DEATH((void)lut2d::checkedSub<uint32_t>(1u, 2u), "");
+    EXPECT_DEATH((void)lut2d::checkedCast<int32_t>(0x80000000u), "");
+}
+
+}  // namespace
