@@ -1,8 +1,119 @@
-// Frame driver.
+// Frame driver: cuts a frame into four horizontal bands, adjusts them on four threads and
+// finishes the frame on the calling thread.
 
+#include <pthread.h>
+
+#include <algorithm>
+#include <cstdlib>
+#include <cstring>
+
+#include "../common/checked_math.h"
+#include "../common/lut2d_log.h"
+#include "band_workers.h"
 #include "sw_2dlut_v10.h"
 
-// Frames are not adjusted yet: the banded driver and its workers land here next.
-int SW_2DLut_v10::run2dlut_fx(Lut2DImageData* /*image*/) {
+namespace {
+
+using lut2d::checkedMul;
+using lut2d::kBandCount;
+
+// Copies the chroma the full-resolution workers wrote back over the frame. Only the bytes
+// of each chroma row that hold adjusted pairs are copied; row padding keeps its input value.
+void copyChromaBack(uint8_t* chroma, const uint8_t* result, uint32_t width, uint32_t stride,
+                    uint32_t height, uint32_t format) {
+    if (format > 1) return;  // no supported byte order: the workers wrote no chroma
+    const size_t rowBytes = std::min(width, stride) & ~1u;
+    const size_t rows = height / 2;
+    for (size_t r = 0; r < rows; ++r) {
+        std::memcpy(chroma + r * stride, result + r * stride, rowBytes);
+    }
+}
+
+}  // namespace
+
+int SW_2DLut_v10::run2dlut_fx(Lut2DImageData* image) {
+    uint32_t stride = m_stride;
+    uint32_t height = m_height;
+    uint32_t width = m_width;
+    // Quarter of the frame: one luma offset per 2x2 block, or half the chroma plane.
+    const uint32_t quarter = checkedMul<uint32_t>(stride, height) / 4;
+
+    if (m_abort == 1) {
+        LUT2D_LOGE("Aborting Execution at start of run2dlut_fx \n");
+        return LUT2D_ERR_ABORTED;
+    }
+
+    const bool fullRes = m_mode == LUT2D_MODE_CHRUS;
+    const bool lowRes = m_mode == LUT2D_MODE_YDS;
+    uint8_t* scratch = nullptr;
+    if (fullRes) {
+        scratch = static_cast<uint8_t*>(std::malloc(size_t{2} * quarter));
+        if (scratch == nullptr) {
+            LUT2D_LOGE("%s: %d: malloc failed \n", "run2dlut_fx", 844);
+            return LUT2D_ERR_NO_MEMORY;
+        }
+    } else if (lowRes) {
+        scratch = static_cast<uint8_t*>(std::malloc(quarter));
+        if (scratch == nullptr) {
+            LUT2D_LOGE("%s: %d: malloc failed \n", "run2dlut_fx", 852);
+            return LUT2D_ERR_NO_MEMORY;
+        }
+        height >>= 1;
+        width >>= 1;
+        stride >>= 1;
+    }
+
+    pthread_t threads[kBandCount] = {};
+    bool started[kBandCount] = {};
+    Lut2DThreadArgs args[kBandCount] = {};
+    // A scratch engine object is part of every frame; it takes no part in the work.
+    SW_2DLut_v10 frameLocal;
+    (void)frameLocal;
+
+    // Full resolution: a quarter of the height rounded to an even row count (chroma rows
+    // come in pairs). Low resolution: a quarter of the half height, not rounded.
+    const int32_t band = fullRes ? static_cast<int32_t>(((height >> 2) + 1) & ~1u)
+                                 : static_cast<int32_t>(height >> 2);
+
+    if (fullRes || lowRes) {
+        void* (*body)(void*) = fullRes ? run2dlut_fx_ChrUs : run2dlut_fx_yDs;
+        for (int i = 0; i < kBandCount; ++i) {
+            Lut2DThreadArgs& a = args[i];
+            a.pLumaIn = image->pLuma;
+            a.pChromaIn = image->pChroma;
+            a.pLumaOut = fullRes ? image->pLuma : nullptr;
+            a.pChromaOut = fullRes ? scratch : image->pChroma;
+            a.pLumaOffset = fullRes ? nullptr : scratch;
+            a.startRow = static_cast<uint16_t>(checkedMul<int32_t>(i, band));
+            a.endRow =
+                static_cast<uint16_t>(i == kBandCount - 1 ? static_cast<int32_t>(height)
+                                                          : checkedMul<int32_t>(i + 1, band));
+            a.width = static_cast<uint16_t>(width);
+            a.stride = static_cast<uint16_t>(stride);
+            a.height = fullRes ? static_cast<uint16_t>(height) : 0;
+            a.engine = this;
+            a.pScratch = m_workArea + size_t{lut2d::kCacheSliceBytes} * static_cast<size_t>(i);
+            a.format = m_format;
+            started[i] = pthread_create(&threads[i], nullptr, body, &a) == 0;
+            // Without a thread the band is still adjusted, on this thread.
+            if (!started[i]) body(&a);
+        }
+        for (int i = 0; i < kBandCount; ++i) {
+            if (started[i]) pthread_join(threads[i], nullptr);
+        }
+    }
+
+    if (m_abort == 1) {
+        std::free(scratch);
+        LUT2D_LOGE("Aborting Execution after threads joined\n");
+        return LUT2D_ERR_ABORTED;
+    }
+
+    if (fullRes) {
+        copyChromaBack(image->pChroma, scratch, width, stride, height, m_format);
+    } else if (lowRes) {
+        (void)YOffsetAddition_tessel(scratch, image->pLuma, width, stride, height);
+    }
+    std::free(scratch);
     return LUT2D_OK;
 }
