@@ -138,14 +138,9 @@ TEST(Lut, LightnessWeight) {
     {
         kmodel::Engine g(&rec);
         for (int l = 0; l < 2048; ++l) ASSERT_EQ(weightOf(g.e, l), kmodel::weight(rec, l)) << l;
-        EXPECT_EQ(weightOf(g.e, 100), 0);
-        EXPECT_EQ(weightOf(g.e, 101), 20);
-        EXPECT_EQ(weightOf(g.e, 199), 1980);
-        EXPECT_EQ(weightOf(g.e, 200), 2048);
-        EXPECT_EQ(weightOf(g.e, 800), 2048);
-        EXPECT_EQ(weightOf(g.e, 801), 1980);
-        EXPECT_EQ(weightOf(g.e, 899), 20);
-        EXPECT_EQ(weightOf(g.e, 900), 0);
+        const int ramp[][2] = {{100, 0},    {101, 20},   {199, 1980}, {200, 2048},
+                               {800, 2048}, {801, 1980}, {899, 20},   {900, 0}};
+        for (const auto& r : ramp) EXPECT_EQ(weightOf(g.e, r[0]), r[1]) << r[0];
         EXPECT_EQ(weightOf(g.e, 65535), weightOf(g.e, 2047));  // clamped to the table
         int h = 0, s = 0;
         g.e.BoundaryControl(150, -3, 1000, &h, &s, nullptr);

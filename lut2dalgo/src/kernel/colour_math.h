@@ -17,7 +17,10 @@
 #include "../common/int_math.h"
 #include "../engine/sw_2dlut_v10.h"
 
+// Every step of the per-pixel path is inlined into its caller, whatever the optimiser thinks.
+#ifndef LUT2D_FORCE_INLINE
 #define LUT2D_FORCE_INLINE __attribute__((always_inline)) inline
+#endif
 
 namespace lut2d {
 
