@@ -4,8 +4,8 @@
 #include <cstdlib>
 #include <cstring>
 
-#include "../common/checked_math.h"
 #include "../common/lut2d_log.h"
+#include "../kernel/lut_math.h"
 #include "sw_2dlut_v10.h"
 
 namespace {
@@ -78,25 +78,10 @@ void fillIndexTable(uint16_t* table, uint32_t entries, const uint16_t* nodes,
     }
 }
 
-// Lightness weight in 1/2048: zero outside (start_A, end_B), full on the plateau, linear
-// ramps between, each ramp product kept modulo 4096 (an overshooting inverse wraps).
+// Lightness weight in 1/2048 for every lightness, from the record's four boundaries.
 void fillLightWeightTable(uint16_t* table, const ISP2DLUTInStruct_V10& cfg) {
-    const int32_t startA = cfg.l_boundary_start_A;
-    const int32_t startB = cfg.l_boundary_start_B;
-    const int32_t endA = cfg.l_boundary_end_A;
-    const int32_t endB = cfg.l_boundary_end_B;
-    for (int32_t l = 0; l < static_cast<int32_t>(lut2d::kLightWeightEntries); ++l) {
-        int32_t w;
-        if (l <= startA || l >= endB) {
-            w = 0;
-        } else if (l < startB) {
-            w = lut2d::checkedMul<int32_t>(l - startA, int32_t{cfg.l_boundary_start_inv}) & 4095;
-        } else if (l > endA) {
-            w = lut2d::checkedMul<int32_t>(endB - l, int32_t{cfg.l_boundary_end_inv}) & 4095;
-        } else {
-            w = 2048;
-        }
-        table[l] = static_cast<uint16_t>(w);
+    for (uint32_t l = 0; l < lut2d::kLightWeightEntries; ++l) {
+        table[l] = lut2d::lightnessWeight(cfg, l);
     }
 }
 

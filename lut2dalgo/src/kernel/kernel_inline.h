@@ -1,0 +1,67 @@
+// The per-pixel colour adjustment, force-inlined for the band workers and for process.
+//
+// adjustColour runs the whole miss path of one 10-bit colour: YUV -> RGB, RGB -> HSL, the
+// index-table reads, the low-saturation bypass, the grid interpolation with its neutral-cell
+// bypass, the lightness weight, hue wrap and saturation clamp, HSL -> RGB and RGB -> YUV.
+// The result cache (HM_RGB slices of 50,000 entries) is indexed through cacheSlot.
+#pragma once
+
+#include <cstdint>
+
+#include "colour_math.h"
+#include "lut_math.h"
+
+namespace lut2d {
+
+struct Yuv10 {
+    int32_t y, u, v;
+};
+
+// Three 10-bit values packed as a << 20 | b << 10 | c, formed in 32 bits (values outside
+// 10 bits, negative ones included, spill into the neighbouring fields).
+LUT2D_FORCE_INLINE uint32_t packYuv10(int32_t a, int32_t b, int32_t c) {
+    return (static_cast<uint32_t>(a) << 20) | (static_cast<uint32_t>(b) << 10) |
+           static_cast<uint32_t>(c);
+}
+
+// The three fields of a packed result: the top 12 bits, then two 10-bit fields.
+LUT2D_FORCE_INLINE Yuv10 unpackYuv10(uint32_t packed) {
+    return {static_cast<int32_t>(packed >> 20), static_cast<int32_t>((packed >> 10) & 1023u),
+            static_cast<int32_t>(packed & 1023u)};
+}
+
+// Slot of a cache key in a 50,000-entry HM_RGB slice: key mod 49999, always in 0..49998.
+// Keys are unsigned, so a key whose top bit is set (sign-extended chroma handed to process)
+// still lands inside the slice. The last entry of a slice stays idle.
+__attribute__((always_inline)) inline uint32_t cacheSlot(uint32_t key) {
+    return key % kCacheModulus;
+}
+
+// Adjusted Y', U', V' of one 10-bit colour, reading the tuning record through e.m_cfg and
+// the engine's division, index and lightness weight tables.
+__attribute__((always_inline)) inline Yuv10 adjustColour(const SW_2DLut_v10& e, int32_t y,
+                                                         int32_t u, int32_t v) {
+    const ISP2DLUTInStruct_V10& cfg = *e.m_cfg;
+    const Triple gbr = cstTransform<kCstYuvToRgb>(e.m_cst[1], y, u, v);
+    const Hsl hsl = rgbToHsl(gbr.c3, gbr.c1, gbr.c2, e.m_recip, e.m_recip2, e.m_shift, e.m_shift2);
+    // Both intervals are looked up for every colour, before the low-saturation test.
+    const uint32_t hIdx = hueInterval(e, hsl.h);
+    const uint32_t sIdx = satInterval(e, hsl.s);
+
+    Rgb rgb{gbr.c3, gbr.c1, gbr.c2};
+    HueSat moved{hsl.h, hsl.s};
+    bool neutral = false;
+    if (static_cast<uint32_t>(toUint16(hsl.s)) >= cfg.lut_1d_s[0]) {
+        const GridOffsets d = bilinearOffsets(cfg, static_cast<uint32_t>(toUint16(hsl.h)),
+                                              static_cast<uint32_t>(toUint16(hsl.s)), hIdx, sIdx);
+        neutral = d.neutral;
+        if (!neutral) moved = moveHueSat(hsl.h, hsl.s, d, lightWeightAt(e, hsl.l));
+    }
+    // A neutral cell keeps the colour's own (clamped) RGB; every other colour goes back
+    // through HSL, even one below the first saturation node.
+    if (!neutral) rgb = hslToRgb(moved.h, moved.s, hsl.l);
+    const Triple yuv = cstTransform<kCstRgbToYuv>(e.m_cst[0], rgb.g, rgb.b, rgb.r);
+    return {yuv.c1, yuv.c2, yuv.c3};
+}
+
+}  // namespace lut2d
