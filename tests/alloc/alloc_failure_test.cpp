@@ -101,7 +101,10 @@ TEST_P(AllocFailure, HandleIsHandedOutAndReleasedCompletely) {
 
 INSTANTIATE_TEST_SUITE_P(EachAllocation, AllocFailure,
                          ::testing::Values(Case{12289 * 2, 414}, Case{2049 * 2, 420},
-                                           Case{2048 * 2, 426}, Case{1600000, 477}));
+                                           Case{2048 * 2, 426}, Case{1600000, 477}),
+                         [](const ::testing::TestParamInfo<Case>& p) {
+                             return "line" + std::to_string(p.param.line);
+                         });
 
 TEST(AllocSuccess, ReleaseFreesEverything) {
     auto rec = lut2d_test::neutralRecord();

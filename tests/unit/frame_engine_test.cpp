@@ -97,7 +97,13 @@ INSTANTIATE_TEST_SUITE_P(
                       Geometry{16, 4, 16, 0, LUT2D_MODE_CHRUS},   // third band past the frame
                       Geometry{64, 36, 64, 0, LUT2D_MODE_YDS},
                       Geometry{70, 22, 80, 1, LUT2D_MODE_YDS}, Geometry{2, 2, 2, 1, LUT2D_MODE_YDS},
-                      Geometry{30, 18, 36, 0, LUT2D_MODE_YDS}));
+                      Geometry{30, 18, 36, 0, LUT2D_MODE_YDS}),
+    [](const ::testing::TestParamInfo<Geometry>& p) {
+        const Geometry& g = p.param;
+        return std::string(g.mode == LUT2D_MODE_CHRUS ? "full_" : "low_") +
+               std::to_string(g.width) + "x" + std::to_string(g.height) + "_pitch" +
+               std::to_string(g.stride) + "_format" + std::to_string(g.format);
+    });
 
 TEST(FrameEngine, ByteOrdersGiveTheSameValuesSwapped) {
     for (Lut2DMode mode : {LUT2D_MODE_YDS, LUT2D_MODE_CHRUS}) {
@@ -157,7 +163,7 @@ TEST(FrameEngine, OddSizesStayInsideThePlanes) {
         for (auto [w, h, s] : {std::tuple{7u, 5u, 7u},
                                {9u, 6u, 9u},
                                {8u, 7u, 8u},
-                               {1u, 1u, 1u},
+                               {1u, 2u, 1u},
                                {5u, 3u, 6u},
                                {3u, 2u, 3u}}) {
             Frame f(w, h, s, 0);

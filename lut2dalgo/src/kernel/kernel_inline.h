@@ -64,4 +64,18 @@ __attribute__((always_inline)) inline Yuv10 adjustColour(const SW_2DLut_v10& e, 
     return {yuv.c1, yuv.c2, yuv.c3};
 }
 
+// One 10-bit colour through a band's result cache: a colour seen before in this slice returns
+// its stored result, even if the tuning record changed since; otherwise it is computed and
+// replaces whatever the slot held. Out-of-range inputs still index inside the slice.
+LUT2D_FORCE_INLINE Yuv10 processCached(const SW_2DLut_v10& e, int32_t y, int32_t u, int32_t v,
+                                       HM_RGB* cache) {
+    const uint32_t key = packYuv10(y, u, v);
+    HM_RGB& entry = cache[cacheSlot(key)];
+    if (entry.key == key) return unpackYuv10(entry.result);
+    const Yuv10 out = adjustColour(e, y, u, v);
+    entry.result = packYuv10(out.y, out.u, out.v);
+    entry.key = key;
+    return out;
+}
+
 }  // namespace lut2d

@@ -5,21 +5,10 @@
 #include "../common/int_math.h"
 #include "kernel_inline.h"
 
-// One 10-bit pixel end to end. A colour seen before in this cache slice returns its stored
-// result, even if the tuning record changed since; otherwise it is computed and replaces
-// whatever the slot held. Out-of-range inputs still index inside the slice (see cacheSlot).
+// One 10-bit pixel end to end, through the caller's cache slice.
 int SW_2DLut_v10::process(short y, short u, short v, short* yOut, short* uOut, short* vOut,
                           HM_RGB* cache) {
-    const uint32_t key = lut2d::packYuv10(y, u, v);
-    HM_RGB& entry = cache[lut2d::cacheSlot(key)];
-    lut2d::Yuv10 out;
-    if (entry.key == key) {
-        out = lut2d::unpackYuv10(entry.result);
-    } else {
-        out = lut2d::adjustColour(*this, y, u, v);
-        entry.result = lut2d::packYuv10(out.y, out.u, out.v);
-        entry.key = key;
-    }
+    const lut2d::Yuv10 out = lut2d::processCached(*this, y, u, v, cache);
     *yOut = static_cast<short>(out.y);
     *uOut = static_cast<short>(out.u);
     *vOut = static_cast<short>(out.v);
