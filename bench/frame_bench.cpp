@@ -141,27 +141,33 @@ class SummaryReporter : public benchmark::ConsoleReporter {
   public:
     void ReportRuns(const std::vector<Run>& runs) override {
         for (const Run& r : runs) {
-            if (!r.error_occurred) seconds_[r.benchmark_name()] = r.GetAdjustedRealTime() / 1e3;
+            if (r.error_occurred) continue;
+            std::string name = r.benchmark_name();
+            const std::string suffix = "/real_time";
+            if (name.size() > suffix.size() && name.ends_with(suffix)) {
+                name.resize(name.size() - suffix.size());
+            }
+            millis_[name] = r.GetAdjustedRealTime();  // in the runs' unit, milliseconds
         }
         ConsoleReporter::ReportRuns(runs);
     }
     void printSummary() const {
         std::printf("\n%-34s %12s %10s %14s\n", "frame", "ms/frame", "MP/s", "x copy time");
-        for (const auto& [name, ms] : seconds_) {
+        for (const auto& [name, ms] : millis_) {
             const std::string size = name.substr(name.rfind('/') + 1);
-            const auto copy = seconds_.find("copy/" + size);
+            const auto copy = millis_.find("copy/" + size);
             double mp = 0;
             if (std::sscanf(size.c_str(), "%lfx", &mp) == 1) {
                 const double h = std::stod(size.substr(size.find('x') + 1));
                 mp = mp * h * 1e-6;
             }
             std::printf("%-34s %12.3f %10.1f %14.1f\n", name.c_str(), ms, mp / (ms * 1e-3),
-                        copy == seconds_.end() ? 0.0 : ms / copy->second);
+                        copy == millis_.end() ? 0.0 : ms / copy->second);
         }
     }
 
   private:
-    std::map<std::string, double> seconds_;  // milliseconds per frame
+    std::map<std::string, double> millis_;  // milliseconds per frame
 };
 
 }  // namespace
