@@ -164,9 +164,9 @@ TEST_F(DspEngine, RowsAreExtendedByTheirLastTwoBytesUnlessThePitchesAgree) {
     EXPECT_EQ(Bytes(in.begin(), in.begin() + 9), (Bytes{1, 2, 3, 4, 10, 20, 10, 20, 0}));
 
     DspFrame wide(&rec, LUT2D_MODE_CHRUS, 4096, 2);
-    ASSERT_EQ(wide.engine.run_dsp(&wide.data), 0);
-    Bytes whole = wide.frame.luma;
+    Bytes whole = wide.frame.luma;  // the frame as handed in, before it is adjusted
     whole.insert(whole.end(), wide.frame.chroma.begin(), wide.frame.chroma.end());
+    ASSERT_EQ(wide.engine.run_dsp(&wide.data), 0);
     EXPECT_EQ(wide.ctx().stride, 4096u);
     EXPECT_EQ(wide.sharedIn(), whole);
 }
