@@ -312,11 +312,7 @@ ISP2DLUTInStruct_V10 showcaseRecord() {
                 static_cast<int16_t>(std::lround(e.saturation * satStep * ramp));
         }
     }
-    r.l_boundary_start_A = 32;
-    r.l_boundary_start_B = 288;
-    r.l_boundary_end_A = 1760;
-    r.l_boundary_end_B = 2016;
-    deriveReciprocals(r);
+    setLightnessRamps(r, 32, 288, 1760, 2016);
     return r;
 }
 

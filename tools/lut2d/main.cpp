@@ -45,7 +45,6 @@ int main(int argc, char** argv) {
     CLI::App app{
         "lut2d: runs the 2-D hue/saturation LUT colour adjustment on pictures and raw YUV "
         "frames, and writes, checks, shows, converts and plots tuning records."};
-    app.require_subcommand(1);
     app.set_version_flag("--version", "lut2d 0.2.3");
     bool verbose = false;
     app.add_flag("-v,--verbose", verbose, "Print the library's log lines too");
@@ -92,7 +91,6 @@ int main(int argc, char** argv) {
 
     CLI::App* recordCmd =
         app.add_subcommand("record", "Write, check, show or convert tuning records");
-    recordCmd->require_subcommand(1);
     std::string recordIn, recordOut;
     bool showcase = false;
     CLI::App* newCmd = recordCmd->add_subcommand(
@@ -144,5 +142,12 @@ int main(int argc, char** argv) {
     if (*showCmd) return guarded([&] { return runRecordShow(recordIn); });
     if (*convertCmd) return guarded([&] { return runRecordConvert(recordIn, recordOut); });
     if (*plotCmd) return guarded([&] { return runPlot(recordIn, plotFolder); });
+    if (*recordCmd) {
+        std::fprintf(stderr,
+                     "lut2d: error: record needs a command: new, check, show or convert (see lut2d "
+                     "record --help)\n");
+        return kUsageError;
+    }
+    std::fputs(app.help().c_str(), stderr);
     return kUsageError;
 }

@@ -158,12 +158,17 @@ ISP2DLUTInStruct_V10 neutralRecord() {
     for (int j = 0; j < kSatNodes; ++j) {
         r.lut_1d_s[j] = static_cast<uint16_t>(j * kSatFull / (kSatNodes - 1));
     }
-    r.l_boundary_start_A = 0;
-    r.l_boundary_start_B = 128;
-    r.l_boundary_end_A = 1918;
-    r.l_boundary_end_B = 2046;
-    deriveReciprocals(r);
+    setLightnessRamps(r, 0, 128, 1918, 2046);
     return r;
+}
+
+void setLightnessRamps(ISP2DLUTInStruct_V10& r, uint16_t startA, uint16_t startB, uint16_t endA,
+                       uint16_t endB) {
+    r.l_boundary_start_A = startA;
+    r.l_boundary_start_B = startB;
+    r.l_boundary_end_A = endA;
+    r.l_boundary_end_B = endB;
+    deriveReciprocals(r);
 }
 
 void deriveReciprocals(ISP2DLUTInStruct_V10& r) {

@@ -58,6 +58,11 @@ int32_t spacingReciprocal(int32_t full, int32_t width);
 // 1918 -> 2046, reciprocals derived.
 ISP2DLUTInStruct_V10 neutralRecord();
 
+// Sets the four lightness boundaries (in lightness units, 0..2046) and derives all
+// reciprocals.
+void setLightnessRamps(ISP2DLUTInStruct_V10& r, uint16_t startA, uint16_t startB, uint16_t endA,
+                       uint16_t endB);
+
 // Fills the four reciprocal fields and both reciprocal arrays from the node positions and
 // lightness boundaries. A spacing that is not positive gives 0; one too narrow for its
 // reciprocal to fit gives the largest accepted value (recordProblems reports both).

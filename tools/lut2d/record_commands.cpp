@@ -25,9 +25,6 @@ const char* formName(const fs::path& p) {
 double hueDegrees(int32_t hue) {
     return hue * 360.0 / kHueTurn;
 }
-double satPercent(int32_t sat) {
-    return sat * 100.0 / kSatFull;
-}
 
 void printGrid(const ISP2DLUTInStruct_V10& r, const char* name, const char* unit, int shift) {
     const FieldSpec& f = recordField(name);
@@ -51,6 +48,23 @@ std::string reciprocalNote(int32_t stored, int32_t full, int32_t width) {
     const int32_t expected = spacingReciprocal(full, width);
     if (width > 0 && stored != expected) s += " (spacing gives " + std::to_string(expected) + ")";
     return s;
+}
+
+// Node positions in record units and in `unit`, with the reciprocal of each interval.
+void printNodes(const ISP2DLUTInStruct_V10& r, const char* title, const char* nodesName,
+                const char* invName, int32_t invFull, double toUnit, const char* unit) {
+    const FieldSpec& nodes = recordField(nodesName);
+    const FieldSpec& inv = recordField(invName);
+    std::printf("\n%s:\n", title);
+    for (size_t i = 0; i < nodes.count; ++i) {
+        const int32_t at = nodes.get(r, i);
+        std::printf("  %2zu %6d %6.1f %-3s", i, at, at * toUnit, unit);
+        if (i + 1 < nodes.count) {
+            const int32_t width = nodes.get(r, i + 1) - at;
+            std::printf("   inv %s", reciprocalNote(inv.get(r, i), invFull, width).c_str());
+        }
+        std::printf("\n");
+    }
 }
 
 }  // namespace
@@ -116,26 +130,10 @@ int runRecordShow(const fs::path& path) {
     std::printf("reserved      y_blend_factor_integer %u, K_b_integer %u, K_r_integer %u\n",
                 r.y_blend_factor_integer, r.K_b_integer, r.K_r_integer);
 
-    std::printf("\nhue nodes (lut_1d_h, 12288 = 360 degrees) and lut_1d_h_inv:\n");
-    for (int i = 0; i < kHueNodes; ++i) {
-        std::printf("  %2d %6u %6.1f deg", i, r.lut_1d_h[i], hueDegrees(r.lut_1d_h[i]));
-        if (i + 1 < kHueNodes) {
-            std::printf("   inv %s", reciprocalNote(r.lut_1d_h_inv[i], kHueInvFull,
-                                                    r.lut_1d_h[i + 1] - r.lut_1d_h[i])
-                                         .c_str());
-        }
-        std::printf("\n");
-    }
-    std::printf("\nsaturation nodes (lut_1d_s, 2048 = 100 %%) and lut_1d_s_inv:\n");
-    for (int j = 0; j < kSatNodes; ++j) {
-        std::printf("  %2d %6u %6.1f %%  ", j, r.lut_1d_s[j], satPercent(r.lut_1d_s[j]));
-        if (j + 1 < kSatNodes) {
-            std::printf("   inv %s", reciprocalNote(r.lut_1d_s_inv[j], kSatInvFull,
-                                                    r.lut_1d_s[j + 1] - r.lut_1d_s[j])
-                                         .c_str());
-        }
-        std::printf("\n");
-    }
+    printNodes(r, "hue nodes (lut_1d_h, 12288 = 360 degrees) and lut_1d_h_inv", "lut_1d_h",
+               "lut_1d_h_inv", kHueInvFull, 360.0 / kHueTurn, "deg");
+    printNodes(r, "saturation nodes (lut_1d_s, 2048 = 100 %) and lut_1d_s_inv", "lut_1d_s",
+               "lut_1d_s_inv", kSatInvFull, 100.0 / kSatFull, "%");
     printGrid(r, "lut_2d_h", "hue units", r.h_shift & 15);
     printGrid(r, "lut_2d_s", "saturation units", r.s_shift & 15);
     const std::vector<std::string> problems = recordProblems(r);

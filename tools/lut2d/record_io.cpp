@@ -226,9 +226,6 @@ ISP2DLUTInStruct_V10 readUsableRecord(const std::filesystem::path& path) {
     std::vector<std::string> problems = recordProblems(r);
     if (problems.empty()) return r;
     for (std::string& p : problems) p = path.string() + ": " + p;
-    problems.push_back(path.string() + ": not a usable tuning record (" +
-                       std::to_string(problems.size()) + " problem" +
-                       (problems.size() == 1 ? "" : "s") + ")");
     throw ToolError(problems);
 }
 

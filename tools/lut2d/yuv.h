@@ -28,6 +28,7 @@ struct FrameGeometry {
     size_t chromaBytes() const { return size_t{stride} * (height / 2); }
     size_t frameBytes() const { return lumaBytes() + chromaBytes(); }
     Lut2DImageInfo info() const { return {width, height, stride, static_cast<uint32_t>(order)}; }
+    bool operator==(const FrameGeometry&) const = default;
 };
 
 // Throws a ToolError, starting with `what` (the file or argument the size came from), unless
