@@ -82,8 +82,11 @@ class RawReader {
 class Progress {
   public:
     explicit Progress(size_t total) : total_(total), shown_(total > 1 && isatty(2) != 0) {}
-    ~Progress() {
+    ~Progress() { finish(); }
+    // Ends the bar's line, so that what follows starts on a line of its own.
+    void finish() {
         if (shown_ && drawn_) std::fputc('\n', stderr);
+        drawn_ = false;
     }
     void update(size_t done) {
         if (!shown_) return;
@@ -213,6 +216,7 @@ int runApply(const ApplyOptions& o) {
         }
         progress.update(i + 1);
     }
+    progress.finish();
     out.commit();
     if (compare) compare->commit();
 
