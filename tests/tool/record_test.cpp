@@ -37,7 +37,7 @@ std::string editedJson(const std::string& from, const std::string& to) {
 
 TEST(RecordFields, CoverTheBinaryRecordExactlyOnce) {
     std::vector<int> owner(kRecordBytes, 0);
-    for (const FieldSpec& f : recordFields()) {
+    for (const FieldInfo& f : recordFields()) {
         for (size_t b = 0; b < 2 * f.count; ++b) ++owner.at(f.offset + b);
     }
     for (size_t b = 0; b < kRecordBytes; ++b) EXPECT_EQ(owner[b], 1) << "byte " << b;

@@ -13,13 +13,13 @@ static_assert(std::endian::native == std::endian::little,
 namespace {
 
 #define LUT2D_FIELD(name, isSigned, min, max, derived, grid)                                    \
-    FieldSpec {                                                                                 \
+    FieldInfo {                                                                                 \
 #name, offsetof(ISP2DLUTInStruct_V10, name),                                            \
             sizeof(ISP2DLUTInStruct_V10::name) / sizeof(uint16_t), isSigned, min, max, derived, \
             grid                                                                                \
     }
 
-constexpr FieldSpec kFields[] = {
+constexpr FieldInfo kFields[] = {
     LUT2D_FIELD(enable, false, 0, 1, false, false),
     LUT2D_FIELD(h_shift, false, 0, 5, false, false),
     LUT2D_FIELD(s_shift, false, 0, 3, false, false),
@@ -50,8 +50,8 @@ std::string str(int32_t v) {
 void checkNodes(const ISP2DLUTInStruct_V10& r, const char* nodesName, const char* invName,
                 int32_t invFull, bool firstMustBeZero, int32_t last,
                 std::vector<std::string>& problems) {
-    const FieldSpec& nodes = recordField(nodesName);
-    const FieldSpec& inv = recordField(invName);
+    const FieldInfo& nodes = recordField(nodesName);
+    const FieldInfo& inv = recordField(invName);
     const size_t n = nodes.count;
     for (size_t i = 1; i < n; ++i) {
         if (nodes.get(r, i) <= nodes.get(r, i - 1)) {
@@ -90,9 +90,9 @@ void checkNodes(const ISP2DLUTInStruct_V10& r, const char* nodesName, const char
 // One lightness ramp: its two boundaries in order and its reciprocal matching its width.
 void checkRamp(const ISP2DLUTInStruct_V10& r, const char* lowName, const char* highName,
                const char* invName, std::vector<std::string>& problems) {
-    const FieldSpec& low = recordField(lowName);
-    const FieldSpec& high = recordField(highName);
-    const FieldSpec& inv = recordField(invName);
+    const FieldInfo& low = recordField(lowName);
+    const FieldInfo& high = recordField(highName);
+    const FieldInfo& inv = recordField(invName);
     const int32_t width = high.get(r, 0) - low.get(r, 0);
     if (width <= 0) {
         problems.push_back(std::string(lowName) + " = " + str(low.get(r, 0)) + " must be below " +
@@ -114,29 +114,29 @@ void checkRamp(const ISP2DLUTInStruct_V10& r, const char* lowName, const char* h
 
 }  // namespace
 
-int32_t FieldSpec::get(const ISP2DLUTInStruct_V10& r, size_t i) const {
+int32_t FieldInfo::get(const ISP2DLUTInStruct_V10& r, size_t i) const {
     uint16_t raw;
     std::memcpy(&raw, reinterpret_cast<const unsigned char*>(&r) + offset + 2 * i, 2);
     return isSigned ? int32_t{static_cast<int16_t>(raw)} : int32_t{raw};
 }
 
-void FieldSpec::set(ISP2DLUTInStruct_V10& r, size_t i, int32_t v) const {
+void FieldInfo::set(ISP2DLUTInStruct_V10& r, size_t i, int32_t v) const {
     const auto raw = static_cast<uint16_t>(v);
     std::memcpy(reinterpret_cast<unsigned char*>(&r) + offset + 2 * i, &raw, 2);
 }
 
-std::span<const FieldSpec> recordFields() {
+std::span<const FieldInfo> recordFields() {
     return kFields;
 }
 
-const FieldSpec& recordField(std::string_view name) {
-    for (const FieldSpec& f : recordFields()) {
+const FieldInfo& recordField(std::string_view name) {
+    for (const FieldInfo& f : recordFields()) {
         if (name == f.name) return f;
     }
     throw std::out_of_range("no record field " + std::string(name));
 }
 
-std::string elementName(const FieldSpec& f, size_t i) {
+std::string elementName(const FieldInfo& f, size_t i) {
     if (f.grid) {
         return std::string(f.name) + "[" + std::to_string(i / kSatNodes) + "][" +
                std::to_string(i % kSatNodes) + "] (entry " + std::to_string(i) + ")";
@@ -198,7 +198,7 @@ int32_t lightnessWeight(const ISP2DLUTInStruct_V10& r, int32_t l) {
 
 std::vector<std::string> recordProblems(const ISP2DLUTInStruct_V10& r) {
     std::vector<std::string> problems;
-    for (const FieldSpec& f : recordFields()) {
+    for (const FieldInfo& f : recordFields()) {
         for (size_t i = 0; i < f.count; ++i) {
             const int32_t v = f.get(r, i);
             if (v < f.min || v > f.max) {

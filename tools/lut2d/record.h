@@ -25,7 +25,7 @@ inline constexpr int kLightInvFull = 2048;  // l_boundary_*_inv = 2048 / ramp wi
 
 // One field of the record. Values are 16-bit; `get` and `set` read and write element `i`
 // (0 for a scalar) as a signed or unsigned number, by the field's type.
-struct FieldSpec {
+struct FieldInfo {
     const char* name;
     size_t offset;  // byte offset in the binary record
     size_t count;   // 1 for a scalar, else the number of elements
@@ -41,13 +41,13 @@ struct FieldSpec {
 
 // Every field, in the order the tool writes and checks them: scalars first, then the node
 // positions, the two grids and the derived reciprocals.
-std::span<const FieldSpec> recordFields();
+std::span<const FieldInfo> recordFields();
 
 // The field named `name`; throws std::out_of_range for an unknown name.
-const FieldSpec& recordField(std::string_view name);
+const FieldInfo& recordField(std::string_view name);
 
 // How problems name an element: "h_shift", "lut_1d_h[3]", "lut_2d_h[2][5] (entry 37)".
-std::string elementName(const FieldSpec& f, size_t i);
+std::string elementName(const FieldInfo& f, size_t i);
 
 // Integer reciprocal of a node spacing or lightness ramp: full / width, truncated.
 // Truncation never lets an interpolation weight exceed one whole interval.

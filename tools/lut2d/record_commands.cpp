@@ -27,7 +27,7 @@ double hueDegrees(int32_t hue) {
 }
 
 void printGrid(const ISP2DLUTInStruct_V10& r, const char* name, const char* unit, int shift) {
-    const FieldSpec& f = recordField(name);
+    const FieldInfo& f = recordField(name);
     std::printf(
         "\n%s: offsets, each times %d %s (shift %d); rows: hue nodes, columns: "
         "saturation nodes\n",
@@ -53,8 +53,8 @@ std::string reciprocalNote(int32_t stored, int32_t full, int32_t width) {
 // Node positions in record units and in `unit`, with the reciprocal of each interval.
 void printNodes(const ISP2DLUTInStruct_V10& r, const char* title, const char* nodesName,
                 const char* invName, int32_t invFull, double toUnit, const char* unit) {
-    const FieldSpec& nodes = recordField(nodesName);
-    const FieldSpec& inv = recordField(invName);
+    const FieldInfo& nodes = recordField(nodesName);
+    const FieldInfo& inv = recordField(invName);
     std::printf("\n%s:\n", title);
     for (size_t i = 0; i < nodes.count; ++i) {
         const int32_t at = nodes.get(r, i);
@@ -149,7 +149,7 @@ int runRecordConvert(const fs::path& input, const fs::path& output) {
         // JSON holds no reciprocals: reading it back derives them from the positions.
         ISP2DLUTInStruct_V10 derived = r;
         deriveReciprocals(derived);
-        for (const FieldSpec& f : recordFields()) {
+        for (const FieldInfo& f : recordFields()) {
             if (!f.derived) continue;
             for (size_t i = 0; i < f.count; ++i) {
                 if (f.get(r, i) == f.get(derived, i)) continue;

@@ -40,7 +40,7 @@ std::string formatValue(int32_t v, int width) {
     return buf;
 }
 
-std::string row(const ISP2DLUTInStruct_V10& r, const FieldSpec& f, size_t first, size_t n,
+std::string row(const ISP2DLUTInStruct_V10& r, const FieldInfo& f, size_t first, size_t n,
                 int width) {
     std::string s = "[";
     for (size_t i = 0; i < n; ++i) {
@@ -63,7 +63,7 @@ class JsonReader {
     void problem(const std::string& text) { problems_.push_back(source_ + ": " + text); }
     const std::vector<std::string>& problems() const { return problems_; }
 
-    void element(const FieldSpec& f, size_t i, const json& v) {
+    void element(const FieldInfo& f, size_t i, const json& v) {
         const std::string name = elementName(f, i);
         if (!v.is_number_integer()) {
             problem(name + " must be an integer, found " + describe(v));
@@ -94,7 +94,7 @@ class JsonReader {
         return true;
     }
 
-    void field(const FieldSpec& f, const json& v) {
+    void field(const FieldInfo& f, const json& v) {
         if (f.count == 1) {
             element(f, 0, v);
         } else if (!f.grid) {
@@ -135,7 +135,7 @@ std::string recordToJson(const ISP2DLUTInStruct_V10& r) {
         out += "    " + json(kAbout[i]).dump() + (i + 1 < std::size(kAbout) ? ",\n" : "\n");
     }
     out += "  ]";
-    for (const FieldSpec& f : recordFields()) {
+    for (const FieldInfo& f : recordFields()) {
         if (f.derived) continue;
         out += ",\n  \"" + std::string(f.name) + "\": ";
         if (f.count == 1) {
@@ -170,7 +170,7 @@ ISP2DLUTInStruct_V10 recordFromJson(std::string_view text, const std::string& so
     for (const auto& [key, value] : doc.items()) {
         if (!key.empty() && key.front() == kCommentPrefix) continue;
         bool known = false;
-        for (const FieldSpec& f : recordFields()) known = known || key == f.name;
+        for (const FieldInfo& f : recordFields()) known = known || key == f.name;
         if (!known) {
             reader.problem("unknown field \"" + key + "\"");
         } else if (recordField(key).derived) {
@@ -178,7 +178,7 @@ ISP2DLUTInStruct_V10 recordFromJson(std::string_view text, const std::string& so
                            "\" is computed from the node positions; leave it out");
         }
     }
-    for (const FieldSpec& f : recordFields()) {
+    for (const FieldInfo& f : recordFields()) {
         if (f.derived) continue;
         const auto it = doc.find(f.name);
         if (it == doc.end()) {
