@@ -1,50 +1,153 @@
-// lut2d: host tool for tuning engineers.
+// lut2d: the host tool for tuning engineers. Runs the library on pictures and raw frames
+// through its public handle functions, and writes, checks, shows, converts and plots
+// tuning records.
 
+#include <CLI/CLI.hpp>
 #include <cstdio>
-#include <cstring>
-#include <initializer_list>
+#include <exception>
+#include <map>
+#include <new>
+#include <string>
 
-#include "interface/orvix_lut2d.h"
+#include "commands.h"
+#include "files.h"
+#include "library.h"
+#include "tool_error.h"
 
 namespace {
 
-// A valid showcase record: nodes evenly spaced, a gentle hue and saturation push.
-ISP2DLUTInStruct_V10 builtInRecord() {
-    ISP2DLUTInStruct_V10 r{};
-    r.enable = 1;
-    for (int i = 0; i < 25; ++i) r.lut_1d_h[i] = static_cast<uint16_t>(i * 512);
-    for (int i = 0; i < 24; ++i) r.lut_1d_h_inv[i] = 32;
-    for (int j = 0; j < 16; ++j) r.lut_1d_s[j] = static_cast<uint16_t>(j * 2048 / 15);
-    for (int j = 0; j < 15; ++j) {
-        r.lut_1d_s_inv[j] = static_cast<uint16_t>(2048 / (r.lut_1d_s[j + 1] - r.lut_1d_s[j]));
-    }
-    for (auto& v : r.lut_2d_s) v = 40;
-    r.l_boundary_start_A = 40;
-    r.l_boundary_start_B = 200;
-    r.l_boundary_end_A = 1800;
-    r.l_boundary_end_B = 2000;
-    r.l_boundary_start_inv = 12;
-    r.l_boundary_end_inv = 10;
-    return r;
-}
+using namespace lut2d_tool;
 
-int demo() {
-    ISP2DLUTInStruct_V10 rec = builtInRecord();
-    const Lut2DImageInfo info{1920, 1080, 1920, 0};
-    for (Lut2DMode mode : {LUT2D_MODE_YDS, LUT2D_MODE_CHRUS}) {
-        void* handle = nullptr;
-        const int status = InitLut2D(&handle, &rec, info, mode);
-        std::printf("mode %u: InitLut2D -> %d\n", static_cast<unsigned>(mode), status);
-        if (handle != nullptr) releaseLut2d(handle);
-        if (status != 0) return 1;
+constexpr int kUsageError = 2;
+
+// Runs one command, turning every failure into "lut2d: error: ..." lines and status 1.
+template <typename F>
+int guarded(F&& command) {
+    try {
+        return command();
+    } catch (const ToolError& e) {
+        for (const std::string& line : e.lines()) {
+            std::fprintf(stderr, "lut2d: error: %s\n", line.c_str());
+        }
+    } catch (const std::bad_alloc&) {
+        std::fprintf(stderr, "lut2d: error: out of memory\n");
+    } catch (const std::exception& e) {
+        std::fprintf(stderr, "lut2d: error: %s\n", e.what());
     }
-    return 0;
+    return 1;
 }
 
 }  // namespace
 
 int main(int argc, char** argv) {
-    if (argc >= 2 && std::strcmp(argv[1], "demo") == 0) return demo();
-    std::fprintf(stderr, "usage: lut2d demo\n");
-    return 2;
+    removeTemporaryOutputsOnInterrupt();
+
+    CLI::App app{
+        "lut2d: runs the 2-D hue/saturation LUT colour adjustment on pictures and raw YUV "
+        "frames, and writes, checks, shows, converts and plots tuning records."};
+    app.set_version_flag("--version", "lut2d 0.2.3");
+    bool verbose = false;
+    app.add_flag("-v,--verbose", verbose, "Print the library's log lines too");
+
+    DemoOptions demo;
+    CLI::App* demoCmd = app.add_subcommand(
+        "demo",
+        "Apply the showcase tuning to a built-in test chart in both modes and write the "
+        "pictures into a folder");
+    demoCmd->add_option("-o,--output", demo.output, "Folder for the pictures")
+        ->capture_default_str()
+        ->multi_option_policy(CLI::MultiOptionPolicy::TakeLast);
+
+    ApplyOptions apply;
+    std::string mode = "full";
+    std::string format;
+    std::string size;
+    uint32_t stride = 0;
+    CLI::App* applyCmd = app.add_subcommand(
+        "apply", "Adjust a PNG or JPEG picture, or raw NV12/NV21 frames, with a tuning record");
+    applyCmd->add_option("input", apply.input, "Input: .png, .jpg/.jpeg, or raw frames")
+        ->required();
+    applyCmd->add_option("output", apply.output, "Output: .png, .jpg/.jpeg, or raw frames")
+        ->required();
+    applyCmd->add_option("-r,--record", apply.record, "Tuning record: .json or binary")->required();
+    applyCmd->add_option("-m,--mode", mode, "full (every pixel) or low (one colour per 2x2 block)")
+        ->check(CLI::IsMember({"full", "low"}))
+        ->capture_default_str();
+    CLI::Option* sizeOpt =
+        applyCmd->add_option("--size", size, "Size of raw frames, WIDTHxHEIGHT (e.g. 1920x1080)");
+    CLI::Option* strideOpt = applyCmd->add_option(
+        "--stride", stride, "Row pitch of raw frames in bytes (default: the width)");
+    CLI::Option* formatOpt =
+        applyCmd
+            ->add_option("--format", format,
+                         "Chroma order of raw frames: nv12 (Cb first) or nv21 (Cr first); "
+                         "default: by a .nv12 or .nv21 name, else nv12")
+            ->check(CLI::IsMember({"nv12", "nv21"}));
+    applyCmd->add_option("--compare", apply.compare,
+                         "Also write a side-by-side picture of the first frame, before | after");
+    applyCmd->add_option("--quality", apply.jpegQuality, "JPEG quality of picture outputs, 1..100")
+        ->check(CLI::Range(1, 100))
+        ->capture_default_str();
+
+    CLI::App* recordCmd =
+        app.add_subcommand("record", "Write, check, show or convert tuning records");
+    std::string recordIn, recordOut;
+    bool showcase = false;
+    CLI::App* newCmd = recordCmd->add_subcommand(
+        "new", "Write a neutral record (nodes evenly spaced, offsets 0): .json or binary");
+    newCmd->add_option("output", recordOut, "The new record")->required();
+    newCmd->add_flag("--showcase", showcase, "Write the demo's showcase tuning instead");
+    CLI::App* checkCmd = recordCmd->add_subcommand(
+        "check", "Validate a record as the library does, and the invariants it relies on");
+    checkCmd->add_option("record", recordIn, "Record: .json or binary")->required();
+    CLI::App* showCmd = recordCmd->add_subcommand("show", "Print a record readably");
+    showCmd->add_option("record", recordIn, "Record: .json or binary")->required();
+    CLI::App* convertCmd = recordCmd->add_subcommand(
+        "convert", "Convert between JSON and the 1784-byte binary record (by the names)");
+    convertCmd->add_option("input", recordIn, "Record to read")->required();
+    convertCmd->add_option("output", recordOut, "Record to write: .json for JSON, else binary")
+        ->required();
+
+    std::string plotFolder;
+    CLI::App* plotCmd = app.add_subcommand(
+        "plot",
+        "Draw what a record does: hue x saturation planes before and after, and the "
+        "lightness weight");
+    plotCmd->add_option("record", recordIn, "Record: .json or binary")->required();
+    plotCmd->add_option("folder", plotFolder, "Folder for hs-planes.png and lightness-weight.png")
+        ->required();
+
+    for (CLI::App* sub : {demoCmd, applyCmd, recordCmd, plotCmd}) sub->fallthrough();
+    for (CLI::App* sub : {newCmd, checkCmd, showCmd, convertCmd}) sub->fallthrough();
+
+    try {
+        app.parse(argc, argv);
+    } catch (const CLI::ParseError& e) {
+        if (e.get_exit_code() == 0) return app.exit(e);  // --help, --version
+        std::fprintf(stderr, "lut2d: error: %s (see lut2d --help)\n", e.what());
+        return kUsageError;
+    }
+    setLibraryLogVerbose(verbose);
+
+    if (*demoCmd) return guarded([&] { return runDemo(demo); });
+    if (*applyCmd) {
+        apply.mode = mode == "low" ? LUT2D_MODE_YDS : LUT2D_MODE_CHRUS;
+        if (*formatOpt) apply.order = format == "nv21" ? ChromaOrder::Nv21 : ChromaOrder::Nv12;
+        if (*sizeOpt) apply.size = size;
+        if (*strideOpt) apply.stride = stride;
+        return guarded([&] { return runApply(apply); });
+    }
+    if (*newCmd) return guarded([&] { return runRecordNew(recordOut, showcase); });
+    if (*checkCmd) return guarded([&] { return runRecordCheck(recordIn); });
+    if (*showCmd) return guarded([&] { return runRecordShow(recordIn); });
+    if (*convertCmd) return guarded([&] { return runRecordConvert(recordIn, recordOut); });
+    if (*plotCmd) return guarded([&] { return runPlot(recordIn, plotFolder); });
+    if (*recordCmd) {
+        std::fprintf(stderr,
+                     "lut2d: error: record needs a command: new, check, show or convert (see lut2d "
+                     "record --help)\n");
+        return kUsageError;
+    }
+    std::fputs(app.help().c_str(), stderr);
+    return kUsageError;
 }

@@ -1,0 +1,43 @@
+// The lut2d commands. Each returns the process exit status (0 success, 1 failure) and
+// reports problems by throwing a ToolError.
+#pragma once
+
+#include <cstdint>
+#include <filesystem>
+#include <optional>
+#include <string>
+
+#include "interface/orvix_lut2d.h"
+#include "yuv.h"
+
+namespace lut2d_tool {
+
+namespace fs = std::filesystem;
+
+struct DemoOptions {
+    fs::path output = "lut2d-demo";
+};
+
+struct ApplyOptions {
+    fs::path input;
+    fs::path output;
+    fs::path record;
+    Lut2DMode mode = LUT2D_MODE_CHRUS;
+    std::optional<std::string> size;  // "WIDTHxHEIGHT" of raw frames
+    std::optional<uint32_t> stride;   // row pitch of raw frames
+    // Chroma order of raw frames; when not given, a raw file named .nv21 or .nv12 says it,
+    // else NV12.
+    std::optional<ChromaOrder> order;
+    fs::path compare;  // optional side-by-side picture
+    int jpegQuality = 95;
+};
+
+int runDemo(const DemoOptions& options);
+int runApply(const ApplyOptions& options);
+int runRecordNew(const fs::path& output, bool showcase);
+int runRecordCheck(const fs::path& record);
+int runRecordShow(const fs::path& record);
+int runRecordConvert(const fs::path& input, const fs::path& output);
+int runPlot(const fs::path& record, const fs::path& folder);
+
+}  // namespace lut2d_tool

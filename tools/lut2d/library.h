@@ -1,0 +1,44 @@
+// The library as a camera host uses it: one handle per geometry, mode and tuning record,
+// frames adjusted in place, and the library's log lines.
+#pragma once
+
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "interface/orvix_lut2d.h"
+#include "yuv.h"
+
+namespace lut2d_tool {
+
+// "full resolution" / "low resolution".
+const char* modeName(Lut2DMode mode);
+
+// A library handle. Keeps its own copy of the record, which the library reads in place for
+// the life of the handle.
+class LibraryHandle {
+  public:
+    // Throws a ToolError naming the status and the library's own error line on failure.
+    LibraryHandle(const ISP2DLUTInStruct_V10& record, const FrameGeometry& geometry,
+                  Lut2DMode mode);
+    ~LibraryHandle();
+    LibraryHandle(const LibraryHandle&) = delete;
+    LibraryHandle& operator=(const LibraryHandle&) = delete;
+
+    // Adjusts one frame in place; throws a ToolError on a failure status.
+    void process(YuvFrame& frame);
+
+  private:
+    std::unique_ptr<ISP2DLUTInStruct_V10> record_;
+    FrameGeometry geometry_;
+    void* handle_ = nullptr;
+};
+
+// The library writes to the Android log; the tool takes those lines. Error lines are kept
+// for the tool's own messages; with `verbose` every line is also printed to standard error.
+void setLibraryLogVerbose(bool verbose);
+
+// The library's error lines since the last call, oldest first, and forgets them.
+std::vector<std::string> takeLibraryErrors();
+
+}  // namespace lut2d_tool
