@@ -2,14 +2,11 @@
 
 #include <cstdarg>
 #include <cstdio>
-#include <mutex>
 
-namespace {
-
-std::mutex g_mutex;
-std::vector<lut2d_test::DebugLine> g_lines;
-
-}  // namespace
+std::vector<std::string>& lut2d_test::debugLines() {
+    static std::vector<std::string> lines;  // remote calls are made one at a time
+    return lines;
+}
 
 extern "C" __attribute__((visibility("default"))) void DRT_debug_v2(int, const char*, int,
                                                                     const char*, ...) {}
@@ -17,24 +14,10 @@ extern "C" __attribute__((visibility("default"))) void DRT_debug_v2(int, const c
 extern "C" __attribute__((visibility("default"), format(printf, 4, 5))) void DRT_debug_runtime(
     int level, const char* file, int line, const char* fmt, ...) {
     char text[512];
+    const int head = std::snprintf(text, sizeof text, "%d %s:%d ", level, file, line);
     va_list ap;
     va_start(ap, fmt);
-    std::vsnprintf(text, sizeof text, fmt, ap);
+    std::vsnprintf(text + head, sizeof text - head, fmt, ap);
     va_end(ap);
-    std::lock_guard<std::mutex> lock(g_mutex);
-    g_lines.push_back({level, file, line, text});
+    lut2d_test::debugLines().push_back(text);
 }
-
-namespace lut2d_test {
-
-void clearDebugLog() {
-    std::lock_guard<std::mutex> lock(g_mutex);
-    g_lines.clear();
-}
-
-std::vector<DebugLine> debugLines() {
-    std::lock_guard<std::mutex> lock(g_mutex);
-    return g_lines;
-}
-
-}  // namespace lut2d_test

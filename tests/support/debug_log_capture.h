@@ -8,16 +8,7 @@
 
 namespace lut2d_test {
 
-struct DebugLine {
-    int level;
-    std::string file;
-    int line;
-    std::string text;
-
-    bool operator==(const DebugLine&) const = default;
-};
-
-void clearDebugLog();
-std::vector<DebugLine> debugLines();
+// The lines written so far, each as "<level> <file>:<line> <text>"; the test clears them.
+std::vector<std::string>& debugLines();
 
 }  // namespace lut2d_test

@@ -1,5 +1,5 @@
-// Helpers for the DSP back-end tests, shared by the executables that link either build of
-// the library (header-only, so that it binds to neither).
+// Helpers for the DSP back-end and plane copy tests, shared by the executables that link
+// either build of the library (header-only, so that it binds to neither).
 #pragma once
 
 #include <gtest/gtest.h>
@@ -7,69 +7,59 @@
 #include <algorithm>
 #include <cstring>
 #include <random>
-#include <string>
-#include <vector>
+#include <regex>
 
 #include "dsp_runtime_control.h"
 #include "support/log_capture.h"
+#include "support/records.h"
 
 namespace lut2d_test {
 
-inline constexpr const char* kModuleUri =
-    "file:///libsw2dlut_dsp_skel.so?sw2dlut_dsp_skel_handle_invoke&_modver=1.0&_dom=cdsp";
+namespace host = dsp_runtime_host;
+using Bytes = std::vector<uint8_t>;
 
-// `text` with every measured time ("123 us") written as "# us".
-inline std::string withoutTimes(const std::string& text) {
-    std::string out;
-    for (size_t i = 0; i < text.size();) {
-        size_t end = i;
-        while (end < text.size() && text[end] >= '0' && text[end] <= '9') ++end;
-        if (end > i && text.compare(end, 3, " us") == 0) {
-            out += '#';
-            i = end;
-        } else {
-            out.append(text, i, std::max(end, i + 1) - i);
-            i = std::max(end, i + 1);
-        }
-    }
-    return out;
-}
-
-// The captured log without its measured times.
+// The captured log with every measured time ("123 us") written as "# us".
 inline std::vector<LogLine> logWithoutTimes() {
     std::vector<LogLine> lines = logLines();
-    for (LogLine& l : lines) l.text = withoutTimes(l.text);
+    for (LogLine& l : lines) l.text = std::regex_replace(l.text, std::regex("[0-9]+ us"), "# us");
     return lines;
 }
 
-inline std::vector<LogLine> initLog() {
-    return {info("SW2DLUTInit: VERSION v0.2.3\n"),
-            info(std::string("dsp_uri=") + kModuleUri + "\n"), info("sw2dlut_dsp_open: # us\n"),
-            info("sw2dlut_dsp_init: # us\n")};
+inline std::vector<LogLine> operator+(std::vector<LogLine> a, const std::vector<LogLine>& b) {
+    a.insert(a.end(), b.begin(), b.end());
+    return a;
 }
 
-inline std::vector<LogLine> executeLog() {
-    return {info("Running SW2DLUTExecute\n"),
-            info("SW2DLUTExecute: dsp: # us, rpc: # us, total: # us\n")};
-}
+inline const std::vector<LogLine> kInitLog{
+    info("SW2DLUTInit: VERSION v0.2.3\n"),
+    info("dsp_uri=file:///libsw2dlut_dsp_skel.so?"
+         "sw2dlut_dsp_skel_handle_invoke&_modver=1.0&_dom=cdsp\n"),
+    info("sw2dlut_dsp_open: # us\n"), info("sw2dlut_dsp_init: # us\n")};
+inline const std::vector<LogLine> kExecuteLog{
+    info("Running SW2DLUTExecute\n"), info("SW2DLUTExecute: dsp: # us, rpc: # us, total: # us\n")};
+inline const std::vector<LogLine> kDeinitLog{
+    info("SW2DLUTDeinit\n"), info("sw2dlut_dsp_deinit: # us\n"), info("sw2dlut_dsp_close: # us\n")};
 
-inline std::vector<LogLine> deinitLog() {
-    return {info("SW2DLUTDeinit\n"), info("sw2dlut_dsp_deinit: # us\n"),
-            info("sw2dlut_dsp_close: # us\n")};
-}
-
-// The remote calls recorded since the last reset, of one method only.
-inline std::vector<dsp_runtime_host::Call> callsOf(uint32_t method) {
-    std::vector<dsp_runtime_host::Call> out;
-    for (auto& c : dsp_runtime_host::calls()) {
-        if (c.method == method) out.push_back(c);
-    }
+// The methods of the remote calls recorded since the last reset, in order.
+inline std::vector<uint32_t> methodsCalled() {
+    std::vector<uint32_t> out;
+    for (const auto& c : host::calls()) out.push_back(c.method);
     return out;
 }
 
-inline void fillRandom(std::vector<uint8_t>& v, uint32_t seed) {
-    std::mt19937 rng(seed);
-    for (auto& b : v) b = static_cast<uint8_t>(rng());
+inline Bytes randomBytes(size_t n, uint32_t seed) {
+    Bytes b(n);
+    std::generate(b.begin(), b.end(), std::mt19937(seed));
+    return b;
+}
+
+// The packing rule of the library: the packed rows of `width` bytes laid out `stride` apart
+// from `out[at]`, each followed by its last two bytes when the pitches differ.
+inline void packRows(Bytes& out, size_t at, const Bytes& rows, uint32_t width, uint32_t stride) {
+    for (size_t r = 0; r < rows.size() / width; ++r, at += stride) {
+        std::memcpy(&out[at], &rows[r * width], width);
+        if (stride != width) std::memcpy(&out[at + width], &rows[r * width + width - 2], 2);
+    }
 }
 
 // Every shared block the test started with, and no more, when it ends.
@@ -77,13 +67,10 @@ class DspTest : public ::testing::Test {
   protected:
     void SetUp() override {
         clearLog();
-        dsp_runtime_host::reset();
-        liveBefore_ = dsp_runtime_host::liveBlocks();
+        host::reset();  // the live blocks stay live
     }
-    void TearDown() override { EXPECT_EQ(dsp_runtime_host::liveBlocks(), liveBefore_); }
-
-  private:
-    size_t liveBefore_ = 0;
+    void TearDown() override { EXPECT_EQ(host::liveBlocks(), live_); }
+    const size_t live_ = host::liveBlocks();
 };
 
 }  // namespace lut2d_test

@@ -1,140 +1,104 @@
-// The engine's DSP members: shared buffers, marshalling of a frame, packing into shared
-// memory and the copy back, and the result against the CPU engine.
+// The DSP context functions and the engine's DSP members against the host emulation of the
+// runtime: connection set-up, marshalling of a frame, packing into shared memory and the copy
+// back, failures, and the result against the CPU engine. This executable has no platform
+// debug log, so failing remote methods stay silent.
 
-#include <gtest/gtest.h>
-
-#include <cinttypes>
 #include <cstdio>
-#include <cstring>
 
 #include "dsp/sw2dlut_context.h"
+#include "dsp/sw2dlut_dsp.h"
 #include "engine/sw_2dlut_v10.h"
 #include "support/dsp_support.h"
-#include "support/records.h"
 
 namespace {
 
-namespace host = dsp_runtime_host;
-using Bytes = std::vector<uint8_t>;
-using lut2d_test::error;
-using lut2d_test::Frame;
-using lut2d_test::LogLine;
+using namespace lut2d_test;
+using DspEngine = DspTest;
+using Methods = std::vector<uint32_t>;
 
-using DspEngine = lut2d_test::DspTest;
-
-template <typename T>
-T readAt(const Bytes& b, size_t offset) {
-    T v;
-    std::memcpy(&v, b.data() + offset, sizeof v);
-    return v;
-}
-
-// What the DSP path must put in fresh shared memory for a frame of packed rows: rows
-// `stride` apart, luma then chroma, each row followed by its last two bytes when the pitches
-// differ, the rest zero.
-Bytes sharedInput(const Frame& f, uint32_t stride) {
-    const uint32_t width = f.info.width, height = f.info.height;
-    Bytes out(size_t{stride} * height * 3 / 2, 0);
-    auto put = [&](const uint8_t* row, size_t at) {
-        std::memcpy(&out[at], row, width);
-        if (stride != width) {
-            out[at + width] = row[width - 2];
-            out[at + width + 1] = row[width - 1];
-        }
-    };
-    for (uint32_t r = 0; r < height; ++r) put(&f.luma[size_t{r} * width], size_t{r} * stride);
-    for (uint32_t r = 0; r < height / 2; ++r) {
-        put(&f.chroma[size_t{r} * width], size_t{height + r} * stride);
-    }
-    return out;
-}
-
+// An engine on the DSP path and a frame of random packed rows.
 struct DspFrame {
     SW_2DLut_v10 engine;
     Frame frame;
     Lut2DImageData data;
+    int initStatus;
 
     DspFrame(ISP2DLUTInStruct_V10* rec, Lut2DMode mode, uint32_t width, uint32_t height)
-        : frame(width, height, width), data(frame.data()) {
-        EXPECT_EQ(engine.InitLut2D_dsp(rec, mode, frame.info), 0);
-        lut2d_test::fillRandom(frame.luma, width * 7 + height);
-        lut2d_test::fillRandom(frame.chroma, width * 5 + height);
+        : frame(width, height, width) {
+        frame.luma = randomBytes(frame.luma.size(), width * 7 + height);
+        frame.chroma = randomBytes(frame.chroma.size(), width * 5 + height);
+        data = frame.data();
+        initStatus = engine.InitLut2D_dsp(rec, mode, frame.info);
     }
     ~DspFrame() { engine.DenitLut2D_dsp(); }
     SW2DLUTContext& ctx() { return *engine.m_dspCtx; }
-    Bytes sharedIn() {
-        return Bytes(ctx().in_buf, ctx().in_buf + ctx().stride * ctx().height * 3 / 2);
-    }
 };
 
 TEST_F(DspEngine, FullHdFrameIsMarshalledFromSharedMemory) {
-    auto rec = lut2d_test::uniformRecord(12, -7);
+    auto rec = uniformRecord(12, -7);
     rec.h_shift = 1;
     rec.s_shift = 2;
     DspFrame d(&rec, LUT2D_MODE_CHRUS, 1920, 1080);
     SW_2DLut_v10& e = d.engine;
-    ASSERT_NE(e.m_cfg, &rec);  // a shared copy
-    EXPECT_EQ(std::memcmp(e.m_cfg, &rec, sizeof rec), 0);
     std::vector<int> sizes;
     for (const auto& a : host::allocations()) {
-        EXPECT_EQ(a.heap, 25);
-        EXPECT_EQ(a.flags, 1u);
+        EXPECT_EQ(std::pair(a.heap, a.flags), std::pair(25, 1u));
         sizes.push_back(a.size);
     }
     EXPECT_EQ(sizes, (std::vector<int>{sizeof(SW2DLUTContext), 1784, 4423680, 3317760, 3317760}));
 
-    lut2d_test::clearLog();
+    clearLog();
     ASSERT_EQ(e.run_dsp(&d.data), 0);
-    const auto executes = lut2d_test::callsOf(3);
-    ASSERT_EQ(executes.size(), 1u);
-    const host::Call& c = executes[0];
-    EXPECT_EQ(c.scalars, 0x03080600u);
+    const host::Call c = host::calls().back();
     EXPECT_EQ(c.lengths, (std::vector<uint64_t>{72, 50, 32, 800, 800, 48, 30, 3317760, 8, 2211840,
                                                 2211840, 1105920, 2211840, 3317760}));
-    EXPECT_EQ(c.inSharedMemory, (std::vector<bool>{false, true, true, true, true, true, true, true,
-                                                   false, true, true, true, true, true}));
     const uint16_t* scratch = d.ctx().scratch_buf;
     EXPECT_EQ(c.buffers, (std::vector<const void*>{
                              c.buffers[0], e.m_cfg->lut_1d_h, e.m_cfg->lut_1d_s, e.m_cfg->lut_2d_h,
                              e.m_cfg->lut_2d_s, e.m_cfg->lut_1d_h_inv, e.m_cfg->lut_1d_s_inv,
                              d.ctx().in_buf, c.buffers[8], scratch, scratch + 1105920, scratch,
                              scratch + 552960, d.ctx().out_buf}));
+    // clang-format off
+    struct Wire {  // the primary input, little-endian
+        uint16_t height, stride, mode, zero;
+        int32_t tableCounts[6];
+        uint16_t values[8];
+        int32_t scratchCounts[4], inLength, outLength;
+    } want{1080, 2048, 1, 0, {25, 16, 400, 400, 24, 15}, {1, 2, 40, 200, 1800, 2000, 12, 10},
+           {1105920, 1105920, 552960, 1105920}, 3317760, 3317760};
+    // clang-format on
+    static_assert(sizeof want == 72);
+    EXPECT_EQ(c.primaryIn, Bytes(reinterpret_cast<uint8_t*>(&want),
+                                 reinterpret_cast<uint8_t*>(&want) + sizeof want));
 
-    const Bytes& p = c.primaryIn;
-    ASSERT_EQ(p.size(), 72u);
-    EXPECT_EQ(readAt<uint16_t>(p, 0), 1080);
-    EXPECT_EQ(readAt<uint16_t>(p, 2), 2048);
-    EXPECT_EQ(readAt<uint16_t>(p, 4), 1);
-    EXPECT_EQ(readAt<uint16_t>(p, 6), 0);
-    const int32_t counts[6] = {25, 16, 400, 400, 24, 15};
-    for (int i = 0; i < 6; ++i) EXPECT_EQ(readAt<int32_t>(p, 8 + 4 * i), counts[i]);
-    const uint16_t values[8] = {1, 2, 40, 200, 1800, 2000, 12, 10};
-    for (int i = 0; i < 8; ++i) EXPECT_EQ(readAt<uint16_t>(p, 32 + 2 * i), values[i]) << i;
-    const int32_t scratchCounts[4] = {1105920, 1105920, 552960, 1105920};
-    for (int i = 0; i < 4; ++i) EXPECT_EQ(readAt<int32_t>(p, 48 + 4 * i), scratchCounts[i]);
-    EXPECT_EQ(readAt<int32_t>(p, 64), 3317760);
-    EXPECT_EQ(readAt<int32_t>(p, 68), 3317760);
+    e.DenitLut2D_dsp();
+    const auto calls = host::calls();
+    EXPECT_EQ(calls[1].primaryIn, (Bytes{3, 0, 0, 0}));  // init: the value
+    EXPECT_EQ((Methods{calls[1].scalars, calls[2].scalars, calls[3].scalars}),
+              (Methods{0x02010000, 0x03080600, 0x04000000}));
 
-    EXPECT_EQ(lut2d_test::logWithoutTimes(), lut2d_test::executeLog());
-    unsigned long dsp = 0;
-    long rpc = 0, total = 0;
+    long dsp = 0, rpc = 0, total = 0;  // rpc = total - dsp
+    const std::string times = logLines()[1].text;
     ASSERT_EQ(
-        std::sscanf(lut2d_test::logLines()[1].text.c_str(),
-                    "SW2DLUTExecute: dsp: %lu us, rpc: %ld us, total: %ld us", &dsp, &rpc, &total),
+        std::sscanf(times.c_str(), "%*s dsp: %ld us, rpc: %ld us, total: %ld", &dsp, &rpc, &total),
         3);
-    EXPECT_EQ(static_cast<long>(dsp) + rpc, total);
+    EXPECT_EQ(dsp + rpc, total);
 }
 
 TEST_F(DspEngine, ResultEqualsTheCpuEngineOnTheSharedFrame) {
-    auto rec = lut2d_test::uniformRecord(300, 200);
+    auto rec = uniformRecord(300, 200);
     for (Lut2DMode mode : {LUT2D_MODE_YDS, LUT2D_MODE_CHRUS}) {
-        for (auto [width, height] : {std::pair{100u, 64u}, {256u, 32u}, {510u, 18u}}) {
+        // The shared pitch is the width rounded up to a multiple of 256.
+        for (auto [width, height, stride] :
+             {std::tuple{2u, 2u, 256u}, {256u, 32u, 256u}, {257u, 18u, 512u}, {510u, 18u, 512u}}) {
             SCOPED_TRACE(::testing::Message() << "mode " << mode << ", " << width << "x" << height);
             DspFrame d(&rec, mode, width, height);
-            const uint32_t stride = d.ctx().stride;
-            Bytes shared = sharedInput(d.frame, stride);
+            ASSERT_EQ(d.ctx().stride, stride);
+            Bytes shared(size_t{stride} * height * 3 / 2, 0);
+            packRows(shared, 0, d.frame.luma, width, stride);
+            packRows(shared, size_t{stride} * height, d.frame.chroma, width, stride);
             ASSERT_EQ(d.engine.run_dsp(&d.data), 0);
-            EXPECT_EQ(d.sharedIn(), shared);
+            EXPECT_EQ(Bytes(d.ctx().in_buf, d.ctx().in_buf + shared.size()), shared);
 
             // The CPU engine (handle functions of this build) over the same shared frame.
             void* cpu = nullptr;
@@ -142,92 +106,86 @@ TEST_F(DspEngine, ResultEqualsTheCpuEngineOnTheSharedFrame) {
             Lut2DImageData packed{shared.data(), shared.data() + size_t{stride} * height};
             ASSERT_EQ(processLut2d(cpu, &packed, 0), 0);
             releaseLut2d(cpu);
-            for (uint32_t r = 0; r < height; ++r) {
-                ASSERT_EQ(0, std::memcmp(&d.frame.luma[r * width], &shared[r * stride], width))
-                    << "luma row " << r;
-            }
-            for (uint32_t r = 0; r < height / 2; ++r) {
-                ASSERT_EQ(0, std::memcmp(&d.frame.chroma[r * width], &shared[(height + r) * stride],
-                                         width))
-                    << "chroma row " << r;
+            Bytes result = d.frame.luma;
+            result.insert(result.end(), d.frame.chroma.begin(), d.frame.chroma.end());
+            for (uint32_t r = 0; r < height * 3 / 2; ++r) {
+                ASSERT_EQ(0, std::memcmp(&result[r * width], &shared[r * stride], width)) << r;
             }
         }
     }
-}
-
-TEST_F(DspEngine, RowsAreExtendedByTheirLastTwoBytesUnlessThePitchesAgree) {
-    auto rec = lut2d_test::neutralRecord();
-    DspFrame narrow(&rec, LUT2D_MODE_CHRUS, 6, 2);
+    DspFrame narrow(&rec, LUT2D_MODE_CHRUS, 6, 2);  // a row is followed by its last two bytes
     narrow.frame.luma = {1, 2, 3, 4, 10, 20, 5, 6, 7, 8, 9, 11};
     ASSERT_EQ(narrow.engine.run_dsp(&narrow.data), 0);
-    const Bytes in = narrow.sharedIn();
-    EXPECT_EQ(Bytes(in.begin(), in.begin() + 9), (Bytes{1, 2, 3, 4, 10, 20, 10, 20, 0}));
+    EXPECT_EQ(Bytes(narrow.ctx().in_buf, narrow.ctx().in_buf + 9),
+              (Bytes{1, 2, 3, 4, 10, 20, 10, 20, 0}));
 
-    DspFrame wide(&rec, LUT2D_MODE_CHRUS, 4096, 2);
-    Bytes whole = wide.frame.luma;  // the frame as handed in, before it is adjusted
-    whole.insert(whole.end(), wide.frame.chroma.begin(), wide.frame.chroma.end());
-    ASSERT_EQ(wide.engine.run_dsp(&wide.data), 0);
-    EXPECT_EQ(wide.ctx().stride, 4096u);
-    EXPECT_EQ(wide.sharedIn(), whole);
+    rec.enable = 0;  // a disabled record: no remote call, the frame untouched
+    EXPECT_EQ(narrow.engine.UpdateCfg_dsp(&rec), 0);
+    const Frame before = narrow.frame;
+    host::reset();
+    EXPECT_EQ(narrow.engine.run_dsp(&narrow.data), 0);
+    EXPECT_EQ(methodsCalled(), Methods{});
+    EXPECT_EQ(narrow.frame.luma, before.luma);
 }
 
-TEST_F(DspEngine, DisabledRecordMakesNoRemoteCall) {
-    auto rec = lut2d_test::neutralRecord();
-    DspFrame d(&rec, LUT2D_MODE_YDS, 64, 16);
-    auto disabled = rec;
-    disabled.enable = 0;
-    EXPECT_EQ(d.engine.UpdateCfg_dsp(&disabled), 0);  // the shared copy, not the caller's record
-    EXPECT_EQ(d.engine.m_cfg->enable, 0);
-    const Frame before = d.frame;
-    lut2d_test::clearLog();
-    EXPECT_EQ(d.engine.run_dsp(&d.data), 0);
-    EXPECT_TRUE(lut2d_test::callsOf(3).empty());
-    EXPECT_TRUE(lut2d_test::logLines().empty());
-    EXPECT_EQ(d.frame.luma, before.luma);
-    EXPECT_EQ(d.frame.chroma, before.chroma);
+// An engine's whole DSP life with one failure in it: the statuses of set-up, frame and
+// release, every log line and the remote calls made.
+TEST_F(DspEngine, FailuresAreReportedAndLeaveNothingBehind) {
+    auto* ctx = static_cast<SW2DLUTContext*>(rpcmem_alloc(25, 1, sizeof(SW2DLUTContext)));
+    EXPECT_EQ(SW2DLUTDeinit(ctx), 0);  // handle 0: both times logged, no remote call
+    EXPECT_EQ(SW2DLUTDeinit(nullptr), 9);
+    EXPECT_EQ(logWithoutTimes(), kDeinitLog + std::vector{info("SW2DLUTDeinit\n")});
+    EXPECT_EQ(methodsCalled(), Methods{});
+
+    constexpr uint32_t kAllocation = 99;
+    const Methods all{host::kOpen, 2, 3, 4, host::kClose};  // a failed deinit is ignored
+    // clang-format off
+    const std::vector<LogLine> noContext{error("[Error]: SW2DLUTInit failed\n"),
+        error("[Error]: SW2dLUTExecute failed\n"), info("SW2DLUTDeinit\n"),
+        error("[Error]: SW2DLUTDeinit failed\n")};
+    struct Failure { uint32_t method; int code; std::vector<int> statuses;
+                     std::vector<LogLine> log; Methods methods; };
+    const std::vector<Failure> failures{
+        {kAllocation, 0, {9, 8, 0},
+         std::vector{kInitLog[0], error("context allocation failed\n")} + noContext, {}},
+        {host::kOpen, 0x123, {9, 8, 0}, std::vector{kInitLog[0], kInitLog[1], kInitLog[2],
+         error("Error: sw2dlut_dsp_open failed, code=291\n")} + noContext, {host::kOpen}},
+        {2, 0x45, {9, 8, 0}, kInitLog + std::vector{
+         error("Error: sw2dlut_dsp_init failed, code=69\n"), info("sw2dlut_dsp_close: # us\n")}
+         + noContext, {host::kOpen, 2, host::kClose}},
+        {3, 0x77, {0, 8, 0}, kInitLog + kExecuteLog + std::vector{
+         error("Error: sw2dlut_dsp_execute failed, code=119\n"),
+         error("[Error]: SW2dLUTExecute failed\n")} + kDeinitLog, all},
+        {4, 0x99, {0, 0, 0}, kInitLog + kExecuteLog + kDeinitLog, all}};
+    // clang-format on
+    auto rec = neutralRecord();
+    for (const Failure& f : failures) {
+        SCOPED_TRACE(f.method);
+        host::reset();
+        clearLog();
+        if (f.method == kAllocation) host::failNextAllocation();
+        if (f.method <= 2) host::failNext(f.method, f.code);
+        DspFrame d(&rec, LUT2D_MODE_CHRUS, 64, 16);
+        const Frame before = d.frame;
+        if (f.method == 3) host::failNext(3, f.code);
+        std::vector<int> statuses{d.initStatus, d.engine.run_dsp(&d.data)};
+        EXPECT_TRUE(statuses[1] == 0 || d.frame.luma == before.luma);  // untouched on failure
+        if (f.method == 4) host::failNext(4, f.code);
+        statuses.push_back(d.engine.DenitLut2D_dsp());
+        EXPECT_EQ(statuses, f.statuses);
+        EXPECT_EQ(logWithoutTimes(), f.log);
+        EXPECT_EQ(methodsCalled(), f.methods);
+    }
 }
 
-TEST_F(DspEngine, FailedExecuteLeavesTheFrameAlone) {
-    auto rec = lut2d_test::neutralRecord();
-    DspFrame d(&rec, LUT2D_MODE_CHRUS, 64, 16);
-    const Frame before = d.frame;
-    lut2d_test::clearLog();
-    host::failNext(3, 0x77);
-    EXPECT_EQ(d.engine.run_dsp(&d.data), 8);
-    auto expected = lut2d_test::executeLog();
-    expected.push_back(error("Error: sw2dlut_dsp_execute failed, code=119\n"));
-    expected.push_back(error("[Error]: SW2dLUTExecute failed\n"));
-    EXPECT_EQ(lut2d_test::logWithoutTimes(), expected);
-    EXPECT_EQ(lut2d_test::logLines()[1].text.rfind("SW2DLUTExecute: dsp: 0 us, rpc: ", 0), 0u);
-    EXPECT_EQ(d.frame.luma, before.luma);
-    EXPECT_EQ(d.frame.chroma, before.chroma);
-}
-
-TEST_F(DspEngine, FailedContextSetUpIsReportedAndReleasable) {
-    auto rec = lut2d_test::neutralRecord();
-    SW_2DLut_v10 e;
-    host::failNext(2, 5);
-    EXPECT_EQ(e.InitLut2D_dsp(&rec, LUT2D_MODE_CHRUS, {64, 16, 64, 0}), 9);
-    EXPECT_EQ(lut2d_test::logLines().back(), error("[Error]: SW2DLUTInit failed\n"));
-    EXPECT_EQ(e.m_dspCtx, nullptr);
-    EXPECT_EQ(e.m_cfg, nullptr);
-
-    Frame f(64, 16, 64);
-    Lut2DImageData data = f.data();
-    EXPECT_EQ(e.run_dsp(&data), 8);
-    lut2d_test::clearLog();
-    EXPECT_EQ(e.DenitLut2D_dsp(), 0);
-    EXPECT_EQ(lut2d_test::logLines(),
-              (std::vector<LogLine>{lut2d_test::info("SW2DLUTDeinit\n"),
-                                    error("[Error]: SW2DLUTDeinit failed\n")}));
-}
-
-using DspEngineDeathTest = lut2d_test::DspTest;
-
-TEST_F(DspEngineDeathTest, SingleByteRowsCannotBeExtended) {
-    auto rec = lut2d_test::neutralRecord();
-    DspFrame d(&rec, LUT2D_MODE_CHRUS, 1, 2);
-    EXPECT_DEATH(d.engine.run_dsp(&d.data), "");
+// The count is refused before the remote call (the emulation would refuse handle 0).
+TEST(DspStubDeathTest, NegativeSequenceCountStopsTheProcess) {
+    sw2dlut_dsp_config config{};
+    config.lut_1d_s = {nullptr, -1};
+    sw2dlut_dsp_scratch scratch{};
+    uint8_t frame[4] = {};
+    uint64_t time = 0;
+    EXPECT_DEATH(sw2dlut_dsp_execute(0, &config, &scratch, frame, 4, frame, 4, &time), "");
 }
 
 }  // namespace
