@@ -88,3 +88,28 @@ TEST_F(Colour, GreysAndHslRoundTripAndHslAgreesWithModel) {
 }
 
 }  // namespace
+
+namespace {
+
+// Documented conversions, which pin the engine's constant records, its division tables and
+// the fill of never-written cache entries (a zero-filled cache would answer black with 0).
+TEST_F(Colour, DocumentedExamples) {
+    const struct {
+        V3 yuv, gbr, back;
+    } transforms[] = {{{400, 300, 700}, {339, 23, 665}, {400, 300, 700}},
+                      {{100, 600, 400}, {150, 257, 0}, {117, 590, 429}},
+                      {{0, 0, 0}, {544, 0, 0}, {319, 332, 285}},
+                      {{1023, 1023, 1023}, {480, 1023, 1023}, {704, 691, 738}}};
+    for (const auto& t : transforms) {
+        EXPECT_EQ(cst(&SW_2DLut_v10::CST_YUV2RGB, t.yuv.a, t.yuv.b, t.yuv.c), t.gbr);
+        EXPECT_EQ(cst(&SW_2DLut_v10::CST_RGB2YUV, t.gbr.a, t.gbr.b, t.gbr.c), t.back);
+    }
+    EXPECT_EQ(hsl(100, 50, 25), (V3{683, 1229, 125}));
+    EXPECT_EQ(hsl(1000, 990, 995), (V3{11264, 366, 1990}));
+    EXPECT_EQ(hsl(700, 700, 100), (V3{2048, 1536, 800}));  // red and green tied: red sector
+    short y, u, v;
+    g.e.process(0, 0, 0, &y, &u, &v, reinterpret_cast<HM_RGB*>(g.e.m_workArea));
+    EXPECT_EQ((V3{y, u, v}), (V3{319, 332, 285}));
+}
+
+}  // namespace
