@@ -1,23 +1,22 @@
-// Running the lut2d program in a scratch folder, and the files the tests feed it.
+// Running the lut2d program in a scratch folder, and comparing what it writes.
 #pragma once
 
-#include <cstdint>
+#include <array>
 #include <filesystem>
-#include <set>
+#include <map>
 #include <string>
-#include <vector>
 
 #include "raster.h"
 #include "yuv.h"
 
 namespace lut2d_tool_test {
 
+using namespace lut2d_tool;
 namespace fs = std::filesystem;
 
 struct RunResult {
     int exitCode = -1;
-    std::string out;
-    std::string err;
+    std::string out, err;
 };
 
 // A fresh folder for one test, removed afterwards.
@@ -25,55 +24,42 @@ class ScratchDir {
   public:
     ScratchDir();
     ~ScratchDir();
-    ScratchDir(const ScratchDir&) = delete;
-    ScratchDir& operator=(const ScratchDir&) = delete;
-
-    const fs::path& path() const { return path_; }
     fs::path operator/(const std::string& name) const { return path_ / name; }
-
-    // Runs lut2d with `args` in this folder; its output goes to files outside the folder.
-    RunResult run(const std::vector<std::string>& args) const;
-
-    // The names of the files in the folder, hidden ones included.
-    std::set<std::string> files() const;
+    // Runs lut2d in this folder with `args`, split into words by the shell; its output goes
+    // to files outside the folder.
+    RunResult run(const std::string& args) const;
 
   private:
     fs::path path_;
 };
 
-std::vector<uint8_t> readBytes(const fs::path& p);
-void writeBytes(const fs::path& p, const std::vector<uint8_t>& bytes);
-void writeText(const fs::path& p, const std::string& text);
 std::string readText(const fs::path& p);
+void writeText(const fs::path& p, const std::string& bytes);
+// Every entry of `folder` (hidden ones included) with its contents.
+std::map<std::string, std::string> snapshot(const fs::path& folder);
 
-// A raw frame file: luma then chroma of each frame, in order.
-void writeFrames(const fs::path& p, const std::vector<lut2d_tool::YuvFrame>& frames);
-std::vector<lut2d_tool::YuvFrame> readFrames(const fs::path& p, const lut2d_tool::FrameGeometry& g);
+// A frame as a raw file holds it: luma, then chroma.
+inline std::string frameBytes(const YuvFrame& f) {
+    return std::string(f.luma.begin(), f.luma.end()) +
+           std::string(f.chroma.begin(), f.chroma.end());
+}
 
-// True when the library adjusts frames: a strong desaturating record visibly changes a
-// saturated frame. Tests of the adjustment itself skip while it does not.
-bool libraryAdjustsFrames();
+// What `same` compares at (x, y): the colour, or the luma with its chroma pair.
+inline Rgb pixel(const RgbImage& img, int x, int y) {
+    return img.at(x, y);
+}
+inline std::array<uint8_t, 3> pixel(const YuvFrame& f, int x, int y) {
+    const size_t s = f.geometry.stride, c = y / 2 * s + (x & ~1);
+    return {f.luma[y * s + x], f.chroma[c], f.chroma[c + 1]};
+}
 
-// True when the 8-bit colour (y, u, v) comes back as itself from the library's colour
-// round trip: 10-bit YUV to RGB with clamping and back with the library's full-range BT.601
-// constants, truncated to 8 bits. A neutral record leaves exactly such colours unchanged.
-bool roundTripIsExact(int y, int u, int v);
-
-// True when every pixel of `r` has the same luma and chroma pair in both frames.
-bool sameInside(const lut2d_tool::YuvFrame& a, const lut2d_tool::YuvFrame& b, lut2d_tool::Rect r);
-
-// True when every pixel of `r` is the same in both pictures.
-bool samePixels(const lut2d_tool::RgbImage& a, const lut2d_tool::RgbImage& b, lut2d_tool::Rect r);
-
-// Flat square patches in a grid, one colour each, for comparing patch interiors.
-struct PatchChart {
-    int patch = 24;  // patch side in pixels
-    int border = 8;  // pixels at each patch edge left out of comparisons
-    int columns = 8;
-    std::vector<lut2d_tool::Rgb> colours;
-
-    lut2d_tool::RgbImage picture() const;
-    lut2d_tool::Rect interior(size_t i) const;
-};
+// True when every pixel of `r` is the same in both frames or pictures.
+template <class Image>
+bool same(const Image& a, const Image& b, Rect r) {
+    for (int y = r.y; y < r.y + r.h; ++y)
+        for (int x = r.x; x < r.x + r.w; ++x)
+            if (!(pixel(a, x, y) == pixel(b, x, y))) return false;
+    return true;
+}
 
 }  // namespace lut2d_tool_test
