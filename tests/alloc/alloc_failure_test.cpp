@@ -94,6 +94,7 @@ TEST_P(AllocFailure, HandleIsHandedOutAndReleasedCompletely) {
 
     // A frame on a part-built handle is refused rather than run on missing tables.
     EXPECT_EQ(processLut2d(handle, &data, 1), 5);
+    EXPECT_EQ(std::string(g_lastError), "processLut2d: handle set-up incomplete, release it \n");
 
     EXPECT_EQ(releaseLut2d(handle), 0);
     g_tracking = false;

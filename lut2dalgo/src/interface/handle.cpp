@@ -96,7 +96,7 @@ int processLut2d(void* handle, Lut2DImageData* image, unsigned int flags) {
     int status;
     if (!lut2d::engineIsSetUp(*engine)) {
         // The set-up of this handle failed part-way; it can only be released.
-        LUT2D_LOGE("%s: %d: handle set-up incomplete, release it \n", "processLut2d", 0);
+        LUT2D_LOGE("processLut2d: handle set-up incomplete, release it \n");
         status = LUT2D_ERR_NO_MEMORY;
     } else {
         if ((flags & 1u) != 0) engine->UpdateCfg(engine->m_cfg);
