@@ -26,7 +26,11 @@ std::vector<LogLine> logLines();
 // The texts only, in order.
 std::vector<std::string> logTexts();
 
-inline LogLine info(std::string text) { return {4, "sw2dlut", std::move(text)}; }
-inline LogLine error(std::string text) { return {6, "sw2dlut", std::move(text)}; }
+inline LogLine info(std::string text) {
+    return {4, "sw2dlut", std::move(text)};
+}
+inline LogLine error(std::string text) {
+    return {6, "sw2dlut", std::move(text)};
+}
 
 }  // namespace lut2d_test
