@@ -1,7 +1,8 @@
 #!/usr/bin/env bash
 # Builds the project and runs every test:
 #   gcc (tests, tools, benchmarks), gcc with AddressSanitizer + UndefinedBehaviorSanitizer,
-#   gcc with ThreadSanitizer, and clang; warnings are errors in all of them.
+#   gcc with ThreadSanitizer, and clang; warnings are errors in all of them. Sources must be
+#   formatted with the project's .clang-format.
 # Usage: scripts/test.sh [--quick]   (--quick: the plain gcc build only)
 set -euo pipefail
 cd "$(dirname "$0")/.."
@@ -10,13 +11,16 @@ bash scripts/setup-deps.sh
 quick=0
 [ "${1:-}" = "--quick" ] && quick=1
 
-run() {  # run NAME CTEST_ARGS -- CMAKE_ARGS
+run() {  # run NAME [cmake options...]: build into build/NAME and run its tests
   local name=$1
   shift
   echo "=== $name"
   bash scripts/build.sh "$name" "$@"
   ctest --test-dir "build/$name" --output-on-failure -j2 --timeout 600
 }
+
+echo "=== format"
+git ls-files '*.cpp' '*.h' | xargs clang-format --dry-run --Werror
 
 run gcc -DCMAKE_CXX_COMPILER=g++ -DCMAKE_C_COMPILER=gcc
 [ $quick -eq 1 ] && exit 0
