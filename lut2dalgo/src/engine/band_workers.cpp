@@ -32,7 +32,7 @@ void* run2dlut_fx_ChrUs(void* arg) {
     const uint32_t endRow = std::min<uint32_t>(a.endRow, height);
     if (a.startRow >= endRow || width == 0) return nullptr;
 
-    const SW_2DLut_v10& engine = *a.engine;
+    const lut2d::KernelTables engine = lut2d::kernelTables(*a.engine);
     HM_RGB* cache = reinterpret_cast<HM_RGB*>(a.pScratch);
     const uint8_t* lumaIn = a.pLumaIn;
     uint8_t* lumaOut = a.pLumaOut;
@@ -106,7 +106,7 @@ void* run2dlut_fx_yDs(void* arg) {
     const uint32_t width = std::min<uint32_t>(a.width, a.stride);
     if (a.startRow >= a.endRow || width == 0) return nullptr;
 
-    const SW_2DLut_v10& engine = *a.engine;
+    const lut2d::KernelTables engine = lut2d::kernelTables(*a.engine);
     HM_RGB* cache = reinterpret_cast<HM_RGB*>(a.pScratch);
     const uint8_t* luma = a.pLumaIn;
     const uint8_t* chromaIn = a.pChromaIn;

@@ -1,63 +1,18 @@
 // Engine set-up, configuration refresh and tear-down.
 
-#include <array>
 #include <cstdlib>
 #include <cstring>
 
 #include "../common/lut2d_log.h"
+#include "../kernel/kernel_constants.h"
 #include "../kernel/lut_math.h"
 #include "sw_2dlut_v10.h"
 
 namespace {
 
-using lut2d::kDivTableSize;
-
-// shift[n] = ceil(log2 n) for n >= 2; 0 for n = 0 and 1.
-constexpr std::array<uint32_t, kDivTableSize> makeShiftTable() {
-    std::array<uint32_t, kDivTableSize> t{};
-    for (uint32_t n = 2; n < kDivTableSize; ++n) {
-        uint32_t s = 0;
-        while ((1u << s) < n) ++s;
-        t[n] = s;
-    }
-    return t;
-}
-
-constexpr std::array<uint32_t, kDivTableSize> kShiftTable = makeShiftTable();
-
-// reciprocal[n] = ceil(2^(12 + shift[n]) / n) for n >= 1; 4096 for n = 0.
-constexpr std::array<uint32_t, kDivTableSize> makeReciprocalTable() {
-    std::array<uint32_t, kDivTableSize> t{};
-    t[0] = 4096;
-    for (uint32_t n = 1; n < kDivTableSize; ++n) {
-        const uint32_t num = 1u << (12 + kShiftTable[n]);
-        t[n] = (num + n - 1) / n;
-    }
-    return t;
-}
-
-constexpr std::array<uint32_t, kDivTableSize> kReciprocalTable = makeReciprocalTable();
-
-static_assert(kShiftTable[2] == 1 && kShiftTable[3] == 2 && kShiftTable[4] == 2);
-static_assert(kShiftTable[5] == 3 && kShiftTable[8] == 3 && kShiftTable[1023] == 10);
-static_assert(kReciprocalTable[3] == 5462 && kReciprocalTable[5] == 6554);
-static_assert(kReciprocalTable[7] == 4682 && kReciprocalTable[9] == 7282);
-static_assert(kReciprocalTable[1023] == 4101);
-
-// The two colour-transform records, end to end: RGB -> YUV (inputs G, B, R), then
-// YUV -> RGB (outputs G, B, R). Full-range BT.601 in Q10.
-constexpr CST_params kCstParams[2] = {
-    {{0, 0, 0},
-     {0, 0, 0},
-     {1023, 1023, 1023},
-     {601, 117, 306, -338, 510, -172, -427, -83, 510},
-     {0, 512, 512}},
-    {{0, 512, 512},
-     {0, 0, 0},
-     {1023, 1023, 1023},
-     {1024, -354, -734, 1024, 1822, 0, 1024, 0, 1441},
-     {0, 0, 0}},
-};
+using lut2d::kCstParams;
+using lut2d::kReciprocalTable;
+using lut2d::kShiftTable;
 
 void copyDivisionTables(SW_2DLut_v10& e) {
     std::memcpy(e.m_recip, kReciprocalTable.data(), sizeof e.m_recip);

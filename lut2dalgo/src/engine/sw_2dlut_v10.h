@@ -12,25 +12,9 @@
 
 #include "../common/lut2d_export.h"
 #include "../interface/orvix_lut2d.h"
+#include "../kernel/kernel_types.h"
 
 struct SW2DLUTContext;
-
-// Fixed-point 3x3 colour-space transform parameters (21 signed 16-bit values).
-struct CST_params {
-    int16_t inOffset[3];   // subtracted from each input before the matrix
-    uint16_t outMin[3];    // lower clamp of each output
-    uint16_t outMax[3];    // upper clamp of each output
-    int16_t coef[9];       // Q10 matrix, row-major: row k gives output k
-    int16_t outOffset[3];  // added to each output after the rounding shift
-};
-static_assert(sizeof(CST_params) == 42);
-
-// One entry of a band worker's result cache: packed output colour and packed input key.
-struct HM_RGB {
-    uint32_t result;
-    uint32_t key;
-};
-static_assert(sizeof(HM_RGB) == 8);
 
 // Per-band argument record that the frame driver hands to a worker thread.
 struct Lut2DThreadArgs {
@@ -69,14 +53,8 @@ struct CopyThreadArgs {
 
 namespace lut2d {
 
-inline constexpr uint32_t kDivTableSize = 1024;        // divisors 0..1023
-inline constexpr uint32_t kHueIndexEntries = 12289;    // hues 0..12288
-inline constexpr uint32_t kSatIndexEntries = 2049;     // saturations 0..2048
-inline constexpr uint32_t kLightWeightEntries = 2048;  // lightness 0..2047
-inline constexpr uint32_t kWorkAreaBytes = 1600000;    // four result caches
-inline constexpr uint32_t kCacheSliceBytes = 400000;   // one band's result cache
-inline constexpr uint32_t kCacheEntries = 50000;       // HM_RGB entries per slice
-inline constexpr uint32_t kCacheModulus = 49999;       // index = key mod 49999
+inline constexpr uint32_t kWorkAreaBytes = 1600000;   // four result caches
+inline constexpr uint32_t kCacheSliceBytes = 400000;  // one band's result cache
 inline constexpr int kBandCount = 4;
 
 }  // namespace lut2d
@@ -176,6 +154,12 @@ namespace lut2d {
 inline bool engineIsSetUp(const SW_2DLut_v10& e) {
     return e.m_hueIndex != nullptr && e.m_satIndex != nullptr && e.m_lightWeight != nullptr &&
            e.m_workArea != nullptr && e.m_cfg != nullptr;
+}
+
+// The tables the colour kernel reads, as the engine holds them now.
+inline KernelTables kernelTables(const SW_2DLut_v10& e) {
+    return {e.m_cfg,      e.m_recip,    e.m_recip2,      e.m_shift,   e.m_shift2,
+            e.m_hueIndex, e.m_satIndex, e.m_lightWeight, &e.m_cst[0], &e.m_cst[1]};
 }
 
 }  // namespace lut2d

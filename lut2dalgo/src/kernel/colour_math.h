@@ -15,7 +15,7 @@
 
 #include "../common/checked_math.h"
 #include "../common/int_math.h"
-#include "../engine/sw_2dlut_v10.h"
+#include "kernel_types.h"
 
 // Every step of the per-pixel path is inlined into its caller, whatever the optimiser thinks.
 #ifndef LUT2D_FORCE_INLINE

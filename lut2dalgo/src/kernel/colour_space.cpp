@@ -1,5 +1,6 @@
 // Colour kernel members: colour-space transforms and HSL conversion.
 
+#include "../engine/sw_2dlut_v10.h"
 #include "colour_math.h"
 
 using lut2d::cstTransform;

@@ -33,20 +33,20 @@ LUT2D_FORCE_INLINE Yuv10 unpackYuv10(uint32_t packed) {
 // Slot of a cache key in a 50,000-entry HM_RGB slice: key mod 49999, always in 0..49998.
 // Keys are unsigned, so a key whose top bit is set (sign-extended chroma handed to process)
 // still lands inside the slice. The last entry of a slice stays idle.
-__attribute__((always_inline)) inline uint32_t cacheSlot(uint32_t key) {
+LUT2D_FORCE_INLINE uint32_t cacheSlot(uint32_t key) {
     return key % kCacheModulus;
 }
 
-// Adjusted Y', U', V' of one 10-bit colour, reading the tuning record through e.m_cfg and
-// the engine's division, index and lightness weight tables.
-__attribute__((always_inline)) inline Yuv10 adjustColour(const SW_2DLut_v10& e, int32_t y,
-                                                         int32_t u, int32_t v) {
-    const ISP2DLUTInStruct_V10& cfg = *e.m_cfg;
-    const Triple gbr = cstTransform<kCstYuvToRgb>(e.m_cst[1], y, u, v);
-    const Hsl hsl = rgbToHsl(gbr.c3, gbr.c1, gbr.c2, e.m_recip, e.m_recip2, e.m_shift, e.m_shift2);
+// Adjusted Y', U', V' of one 10-bit colour, from the tables t names. This is the reference
+// the batched kernels are checked against.
+LUT2D_FORCE_INLINE Yuv10 adjustColour(const KernelTables& t, int32_t y, int32_t u, int32_t v) {
+    const ISP2DLUTInStruct_V10& cfg = *t.cfg;
+    const Triple gbr = cstTransform<kCstYuvToRgb>(*t.yuvToRgb, y, u, v);
+    const Hsl hsl =
+        rgbToHsl(gbr.c3, gbr.c1, gbr.c2, t.recipSat, t.recipHue, t.shiftSat, t.shiftHue);
     // Both intervals are looked up for every colour, before the low-saturation test.
-    const uint32_t hIdx = hueInterval(e, hsl.h);
-    const uint32_t sIdx = satInterval(e, hsl.s);
+    const uint32_t hIdx = hueInterval(t, hsl.h);
+    const uint32_t sIdx = satInterval(t, hsl.s);
 
     Rgb rgb{gbr.c3, gbr.c1, gbr.c2};
     HueSat moved{hsl.h, hsl.s};
@@ -55,24 +55,24 @@ __attribute__((always_inline)) inline Yuv10 adjustColour(const SW_2DLut_v10& e, 
         const GridOffsets d = bilinearOffsets(cfg, static_cast<uint32_t>(toUint16(hsl.h)),
                                               static_cast<uint32_t>(toUint16(hsl.s)), hIdx, sIdx);
         neutral = d.neutral;
-        if (!neutral) moved = moveHueSat(hsl.h, hsl.s, d, lightWeightAt(e, hsl.l));
+        if (!neutral) moved = moveHueSat(hsl.h, hsl.s, d, lightWeightAt(t, hsl.l));
     }
     // A neutral cell keeps the colour's own (clamped) RGB; every other colour goes back
     // through HSL, even one below the first saturation node.
     if (!neutral) rgb = hslToRgb(moved.h, moved.s, hsl.l);
-    const Triple yuv = cstTransform<kCstRgbToYuv>(e.m_cst[0], rgb.g, rgb.b, rgb.r);
+    const Triple yuv = cstTransform<kCstRgbToYuv>(*t.rgbToYuv, rgb.g, rgb.b, rgb.r);
     return {yuv.c1, yuv.c2, yuv.c3};
 }
 
 // One 10-bit colour through a band's result cache: a colour seen before in this slice returns
 // its stored result, even if the tuning record changed since; otherwise it is computed and
 // replaces whatever the slot held. Out-of-range inputs still index inside the slice.
-LUT2D_FORCE_INLINE Yuv10 processCached(const SW_2DLut_v10& e, int32_t y, int32_t u, int32_t v,
+LUT2D_FORCE_INLINE Yuv10 processCached(const KernelTables& t, int32_t y, int32_t u, int32_t v,
                                        HM_RGB* cache) {
     const uint32_t key = packYuv10(y, u, v);
     HM_RGB& entry = cache[cacheSlot(key)];
     if (entry.key == key) return unpackYuv10(entry.result);
-    const Yuv10 out = adjustColour(e, y, u, v);
+    const Yuv10 out = adjustColour(t, y, u, v);
     entry.result = packYuv10(out.y, out.u, out.v);
     entry.key = key;
     return out;

@@ -3,6 +3,7 @@
 
 #include "../common/checked_math.h"
 #include "../common/int_math.h"
+#include "../engine/sw_2dlut_v10.h"
 #include "lut_math.h"
 
 using lut2d::toInt16;
@@ -37,8 +38,8 @@ int SW_2DLut_v10::bilinearInterpolation(unsigned short h, unsigned short s, unsi
 // must tell apart from a colour by the flag.
 int SW_2DLut_v10::colorAdjust(int h, int s, int l, int* outH, int* outS,
                               const ISP2DLUTInStruct_V10* cfg, bool* cellIsNeutral) {
-    const uint32_t hIdx = lut2d::hueInterval(*this, h);
-    const uint32_t sIdx = lut2d::satInterval(*this, s);
+    const uint32_t hIdx = lut2d::hueInterval(lut2d::kernelTables(*this), h);
+    const uint32_t sIdx = lut2d::satInterval(lut2d::kernelTables(*this), s);
     if (static_cast<uint32_t>(toUint16(s)) < cfg->lut_1d_s[0]) {
         *outH = h;
         *outS = s;
@@ -53,7 +54,7 @@ int SW_2DLut_v10::colorAdjust(int h, int s, int l, int* outH, int* outS,
         return 0;
     }
     const lut2d::HueSat moved =
-        lut2d::moveHueSat(h, s, d, lut2d::lightWeightAt(*this, toUint16(l)));
+        lut2d::moveHueSat(h, s, d, lut2d::lightWeightAt(lut2d::kernelTables(*this), toUint16(l)));
     *outH = moved.h;
     *outS = moved.s;
     return 0;
@@ -61,7 +62,7 @@ int SW_2DLut_v10::colorAdjust(int h, int s, int l, int* outH, int* outS,
 
 int SW_2DLut_v10::BoundaryControl(unsigned short l, int dH, int dS, int* outH, int* outS,
                                   const ISP2DLUTInStruct_V10* /*cfg*/) {
-    const int32_t w = lut2d::lightWeightAt(*this, l);
+    const int32_t w = lut2d::lightWeightAt(lut2d::kernelTables(*this), l);
     *outH = lut2d::weightOffset(dH, w);
     *outS = lut2d::weightOffset(dS, w);
     return 0;

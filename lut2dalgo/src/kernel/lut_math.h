@@ -16,18 +16,18 @@ namespace lut2d {
 // ---- engine table reads ----------------------------------------------------------------
 
 // Hue interval (0..24) that holds hue h, from the hue index table.
-LUT2D_FORCE_INLINE uint32_t hueInterval(const SW_2DLut_v10& e, int32_t h) {
-    return e.m_hueIndex[clampIndex(h, kHueIndexEntries - 1)];
+LUT2D_FORCE_INLINE uint32_t hueInterval(const KernelTables& t, int32_t h) {
+    return t.hueIndex[clampIndex(h, kHueIndexEntries - 1)];
 }
 
 // Saturation interval (0..15) that holds saturation s, from the saturation index table.
-LUT2D_FORCE_INLINE uint32_t satInterval(const SW_2DLut_v10& e, int32_t s) {
-    return e.m_satIndex[clampIndex(s, kSatIndexEntries - 1)];
+LUT2D_FORCE_INLINE uint32_t satInterval(const KernelTables& t, int32_t s) {
+    return t.satIndex[clampIndex(s, kSatIndexEntries - 1)];
 }
 
 // Lightness weight of lightness l (Q11), from the lightness weight table.
-LUT2D_FORCE_INLINE int32_t lightWeightAt(const SW_2DLut_v10& e, int32_t l) {
-    return e.m_lightWeight[clampIndex(l, kLightWeightEntries - 1)];
+LUT2D_FORCE_INLINE int32_t lightWeightAt(const KernelTables& t, int32_t l) {
+    return t.lightWeight[clampIndex(l, kLightWeightEntries - 1)];
 }
 
 // ---- bilinear interpolation of the grid ------------------------------------------------

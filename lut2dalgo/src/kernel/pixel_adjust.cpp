@@ -3,12 +3,13 @@
 
 #include "../common/checked_math.h"
 #include "../common/int_math.h"
+#include "../engine/sw_2dlut_v10.h"
 #include "kernel_inline.h"
 
 // One 10-bit pixel end to end, through the caller's cache slice.
 int SW_2DLut_v10::process(short y, short u, short v, short* yOut, short* uOut, short* vOut,
                           HM_RGB* cache) {
-    const lut2d::Yuv10 out = lut2d::processCached(*this, y, u, v, cache);
+    const lut2d::Yuv10 out = lut2d::processCached(lut2d::kernelTables(*this), y, u, v, cache);
     *yOut = static_cast<short>(out.y);
     *uOut = static_cast<short>(out.u);
     *vOut = static_cast<short>(out.v);
