@@ -6,6 +6,9 @@
 
 #include <cstdint>
 
+// Every step of the per-pixel path is inlined into its caller, whatever the optimiser thinks.
+#define LUT2D_FORCE_INLINE __attribute__((always_inline)) inline
+
 namespace lut2d {
 
 // The low 16 bits of v, read as a signed number ("taken as 16 bits").

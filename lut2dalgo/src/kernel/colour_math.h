@@ -17,11 +17,6 @@
 #include "../common/int_math.h"
 #include "kernel_types.h"
 
-// Every step of the per-pixel path is inlined into its caller, whatever the optimiser thinks.
-#ifndef LUT2D_FORCE_INLINE
-#define LUT2D_FORCE_INLINE __attribute__((always_inline)) inline
-#endif
-
 namespace lut2d {
 
 // v limited to 0 .. last: the index of a table entry for a value that may be out of range.

@@ -42,6 +42,17 @@ static_assert(kReciprocalTable[3] == 5462 && kReciprocalTable[5] == 6554);
 static_assert(kReciprocalTable[7] == 4682 && kReciprocalTable[9] == 7282);
 static_assert(kReciprocalTable[1023] == 4101);
 
+// Reciprocal and shift of each divisor in one word: reciprocal | shift << 16.
+constexpr std::array<int32_t, kDivTableSize> makeDivisionWords() {
+    std::array<int32_t, kDivTableSize> t{};
+    for (uint32_t n = 0; n < kDivTableSize; ++n) {
+        t[n] = static_cast<int32_t>(kReciprocalTable[n] | kShiftTable[n] << 16);
+    }
+    return t;
+}
+
+inline constexpr std::array<int32_t, kDivTableSize> kDivisionWords = makeDivisionWords();
+
 // The two colour-transform records, end to end: RGB -> YUV (inputs G, B, R), then
 // YUV -> RGB (outputs G, B, R). Full-range BT.601 in Q10.
 inline constexpr CST_params kCstParams[2] = {

@@ -1,0 +1,83 @@
+// The colour kernel on many colours at once.
+//
+// AdjustColours_* map packed 10-bit input colours (Y << 20 | U << 10 | V) to packed adjusted
+// colours in the same layout, each exactly as adjustColour (kernel_inline.h) computes it. The
+// scalar _C form runs adjustColour itself; the vector forms run the same arithmetic eight
+// colours at a time. All of them take a BatchTables prepared once per frame from the engine,
+// while the tables cannot change (a frame reads the record and the engine's tables only).
+//
+// The vector forms compile the constant division tables and transform records in. They are
+// used only when the engine's copies still hold exactly those constants and every lightness
+// weight is at most kMaxVectorWeight; under those conditions no intermediate value can leave
+// 32 bits, which is what lets the vector forms drop the scalar form's overflow checks. Any
+// other engine state (a host may write the public tables) runs the scalar form.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+
+#include "kernel_types.h"
+
+namespace lut2d {
+
+inline constexpr uint32_t kGridHueNodes = 25;
+inline constexpr uint32_t kGridSatNodes = 16;
+inline constexpr uint32_t kGridCells = kGridHueNodes * kGridSatNodes;
+
+// The largest lightness weight for which the vector forms are exact: with the grid's largest
+// possible offset (|dH| < 491,520 for any 16-bit record) the weighted offset stays below 2^31.
+inline constexpr uint32_t kMaxVectorWeight = 4095;
+
+// One grid cell (hue interval i, saturation interval j) as the vector forms read it: the
+// scaled grid values at the four corners, already reduced to the 16-bit base and difference
+// the hue-axis interpolation uses, the two intervals' start nodes and reciprocals, and
+// whether all eight grid values are zero.
+struct alignas(32) GridCell {
+    int32_t hueLo;  // int16 base H(i, j) | int16 difference H(i+1, j) - H(i, j) << 16
+    int32_t hueHi;  // the same at the next saturation node
+    int32_t satLo;  // the saturation offsets likewise
+    int32_t satHi;
+    int32_t hueNode;  // lut_1d_h[i] | hue reciprocal << 16 (0 for the last interval)
+    int32_t satNode;  // lut_1d_s[j] | saturation reciprocal << 16 (0 for the last interval)
+    int32_t neutral;  // -1 when all eight grid values are zero, else 0
+    int32_t unused;
+};
+static_assert(sizeof(GridCell) == 32);
+
+struct BatchTables {
+    KernelTables tables;  // what the scalar form reads
+    bool vectorExact;     // the vector forms give exactly the scalar form's results
+    uint32_t satLowest;   // lut_1d_s[0]: saturations below it are not adjusted
+    // Saturation 0..2048 -> the saturation interval, capped at 15 (padded to whole vectors).
+    alignas(32) int32_t satInterval[kSatIndexEntries + 7];
+    GridCell cells[kGridCells];  // index hue interval * 16 + saturation interval
+};
+
+// Prepares t for a frame from the kernel's tables as they are now.
+void prepareBatchTables(BatchTables& t, const KernelTables& k);
+
+using AdjustColoursFn = void (*)(const BatchTables& t, const uint32_t* keys, uint32_t* results,
+                                 size_t count);
+
+void AdjustColours_C(const BatchTables& t, const uint32_t* keys, uint32_t* results, size_t count);
+#if defined(__x86_64__)
+void AdjustColours_AVX2(const BatchTables& t, const uint32_t* keys, uint32_t* results,
+                        size_t count);
+#endif
+#if defined(__aarch64__)
+void AdjustColours_NEON(const BatchTables& t, const uint32_t* keys, uint32_t* results,
+                        size_t count);
+#endif
+
+// The fastest form this machine runs exactly for t.
+AdjustColoursFn selectAdjustColours(const BatchTables& t);
+
+// Every form this build has, with whether this machine can run it, for tests and benchmarks.
+struct AdjustColoursPath {
+    const char* name;
+    AdjustColoursFn fn;
+    bool runnable;
+};
+size_t adjustColoursPaths(AdjustColoursPath* out, size_t capacity);
+
+}  // namespace lut2d

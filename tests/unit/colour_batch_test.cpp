@@ -1,0 +1,158 @@
+// The batched colour kernel: every instruction-set form this machine runs gives exactly the
+// scalar form's result, on every 8-bit colour the low-resolution mode can meet and on random
+// 10-bit colours, under records that reach the corners of the arithmetic.
+
+#include <gtest/gtest.h>
+
+#include <memory>
+#include <random>
+#include <vector>
+
+#include "kernel/colour_batch.h"
+#include "unit/kernel_model.h"
+
+namespace {
+
+using kmodel::Rec;
+
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+constexpr uint32_t kSweepStep = 61;  // sanitizer builds sample the sweep
+#elif defined(__has_feature)
+#if __has_feature(address_sanitizer) || __has_feature(thread_sanitizer)
+constexpr uint32_t kSweepStep = 61;
+#else
+constexpr uint32_t kSweepStep = 1;
+#endif
+#else
+constexpr uint32_t kSweepStep = 1;
+#endif
+
+std::vector<lut2d::AdjustColoursPath> vectorPaths() {
+    lut2d::AdjustColoursPath all[8];
+    const size_t n = lut2d::adjustColoursPaths(all, 8);
+    std::vector<lut2d::AdjustColoursPath> out;
+    for (size_t i = 0; i < n; ++i) {
+        if (all[i].fn != lut2d::AdjustColours_C && all[i].runnable) out.push_back(all[i]);
+    }
+    return out;
+}
+
+// Records whose arithmetic reaches far: random ones, the largest offsets and shifts with
+// reciprocals that overshoot their spacing, wrapping lightness ramps, a high first saturation
+// node, and index tables left behind by moved nodes.
+struct NamedRecord {
+    const char* name;
+    Rec rec;
+    Rec moved;  // the record as the host edits it after set-up (nodes moved, not rebuilt)
+};
+
+std::vector<NamedRecord> records() {
+    std::vector<NamedRecord> out;
+    std::mt19937 rng(7);
+    const Rec random = kmodel::randomRecord(rng);
+    out.push_back({"random", random, random});
+
+    Rec extreme = lut2d_test::neutralRecord();
+    for (int i = 0; i < 400; ++i) {
+        extreme.lut_2d_h[i] = static_cast<int16_t>(i % 3 == 0 ? 511 : -511);
+        extreme.lut_2d_s[i] = static_cast<int16_t>(i % 5 < 2 ? -511 : 511);
+    }
+    extreme.h_shift = 5;
+    extreme.s_shift = 3;
+    for (auto& v : extreme.lut_1d_h_inv) v = 16383;
+    for (auto& v : extreme.lut_1d_s_inv) v = 2047;
+    kmodel::setLightness(extreme, 10, 12, 2000, 2002, 1800);  // ramps that wrap
+    out.push_back({"extreme", extreme, extreme});
+
+    Rec lowSat = kmodel::randomRecord(rng);
+    lowSat.lut_1d_s[0] = 1500;
+    out.push_back({"low_saturation", lowSat, lowSat});
+
+    const Rec stale = kmodel::randomRecord(rng);
+    Rec moved = stale;
+    for (int i = 1; i < 24; ++i) moved.lut_1d_h[i] = static_cast<uint16_t>(moved.lut_1d_h[i] + 37);
+    for (int j = 1; j < 15; ++j) moved.lut_1d_s[j] = static_cast<uint16_t>(moved.lut_1d_s[j] - 9);
+    out.push_back({"stale_nodes", stale, moved});
+    return out;
+}
+
+// An engine set up on a record, then the record edited as the host may, and the batch tables
+// of that state.
+struct Prepared {
+    Rec rec;
+    kmodel::Engine engine;
+    std::unique_ptr<lut2d::BatchTables> tables = std::make_unique<lut2d::BatchTables>();
+    explicit Prepared(const NamedRecord& r) : rec(r.rec), engine(&rec) {
+        rec = r.moved;
+        lut2d::prepareBatchTables(*tables, lut2d::kernelTables(engine.e));
+    }
+};
+
+void expectSameAsScalar(const lut2d::BatchTables& t, const std::vector<uint32_t>& keys,
+                        const char* what) {
+    std::vector<uint32_t> expected(keys.size()), actual(keys.size());
+    lut2d::AdjustColours_C(t, keys.data(), expected.data(), keys.size());
+    for (const lut2d::AdjustColoursPath& p : vectorPaths()) {
+        std::fill(actual.begin(), actual.end(), 0xDEADBEEF);
+        p.fn(t, keys.data(), actual.data(), keys.size());
+        size_t mismatches = 0;
+        for (size_t i = 0; i < keys.size(); ++i) {
+            if (actual[i] != expected[i] && mismatches++ < 5) {
+                ADD_FAILURE() << p.name << " " << what << ": key 0x" << std::hex << keys[i]
+                              << " gives 0x" << actual[i] << ", expected 0x" << expected[i];
+            }
+        }
+        EXPECT_EQ(mismatches, 0u) << p.name << " " << what;
+    }
+}
+
+TEST(ColourBatch, VectorFormsEqualTheScalarFormOnEveryLowResolutionColour) {
+    for (const NamedRecord& r : records()) {
+        Prepared p(r);
+        ASSERT_TRUE(p.tables->vectorExact) << r.name;
+        std::vector<uint32_t> keys;
+        keys.reserve((1u << 24) / kSweepStep + 1);
+        for (uint32_t k = 0; k < (1u << 24); k += kSweepStep) {
+            keys.push_back((k >> 16) << 22 | (k >> 8 & 255) << 12 | (k & 255) << 2);
+        }
+        expectSameAsScalar(*p.tables, keys, r.name);
+    }
+}
+
+TEST(ColourBatch, VectorFormsEqualTheScalarFormOnRandomTenBitColours) {
+    std::mt19937 rng(11);
+    for (const NamedRecord& r : records()) {
+        Prepared p(r);
+        std::vector<uint32_t> keys(2000003 / kSweepStep);  // not a whole number of vectors
+        for (auto& k : keys) k = rng() & 0x3FFFFFFF;
+        expectSameAsScalar(*p.tables, keys, r.name);
+    }
+}
+
+// The vector forms hold the constant tables: any other engine state runs the scalar form.
+TEST(ColourBatch, EditedEngineTablesFallBackToTheScalarForm) {
+    NamedRecord r = records()[0];
+    struct Edit {
+        const char* what;
+        void (*apply)(SW_2DLut_v10&);
+    };
+    const Edit edits[] = {
+        {"none", [](SW_2DLut_v10&) {}},
+        {"reciprocal", [](SW_2DLut_v10& e) { e.m_recip2[300] += 1; }},
+        {"shift", [](SW_2DLut_v10& e) { e.m_shift[7] = 4; }},
+        {"transform", [](SW_2DLut_v10& e) { e.m_cst[0].coef[4] = 511; }},
+        {"weight", [](SW_2DLut_v10& e) { e.m_lightWeight[900] = 4096; }},
+    };
+    for (const Edit& edit : edits) {
+        Prepared p(r);
+        edit.apply(p.engine.e);
+        lut2d::prepareBatchTables(*p.tables, lut2d::kernelTables(p.engine.e));
+        const bool untouched = edit.apply == edits[0].apply;
+        EXPECT_EQ(p.tables->vectorExact, untouched) << edit.what;
+        EXPECT_EQ(lut2d::selectAdjustColours(*p.tables) == lut2d::AdjustColours_C,
+                  !untouched || vectorPaths().empty())
+            << edit.what;
+    }
+}
+
+}  // namespace
