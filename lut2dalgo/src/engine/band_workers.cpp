@@ -1,30 +1,331 @@
-// The two band workers. Each walks its band in 2x2 blocks, in a fixed order (rows top to
-// bottom, blocks left to right), because results persist in the band's cache slice and the
-// order in which colours enter the cache is part of the frame's result.
+// The two band workers.
+//
+// Results persist in the band's cache slice, so the order in which colours meet the cache
+// is part of a frame's result: rows top to bottom, blocks left to right, and in the
+// full-resolution mode the four pixels of a block top-left, top-right, bottom-left,
+// bottom-right. A colour that finds its own key in its slot takes the stored result, which
+// may have been computed under an earlier tuning record; every other colour is computed
+// afresh and replaces what the slot held.
+//
+// The workers keep that order exactly but not its one-colour-at-a-time schedule. A band is
+// taken a chunk at a time: every key of the chunk is formed first, then the keys are walked
+// in order against the slice, and a miss claims its slot at once (the key is stored with a
+// pending mark naming the miss), so a later pixel of the chunk with the same key hits it as
+// it would have in order. The misses are then computed together by the batched colour
+// kernel, their results written into their slots in miss order (the last claim of a slot
+// wins, as in order), and the pending marks resolved. Every other result is a pure function
+// of the colour, so nothing but the schedule changes.
 
 #include "band_workers.h"
 
 #include <algorithm>
+#include <cstring>
 
 #include "../kernel/kernel_inline.h"
-#include "sw_2dlut_v10.h"
 
 namespace {
+
+using lut2d::BandJob;
+
+// Keys per chunk: pixels in the full-resolution mode, blocks in the low-resolution mode.
+constexpr size_t kChunk = 1024;
+
+// A result that is a claim of this chunk: kPending | the miss's index. Real results never
+// have the top bit (10-bit fields in 30 bits, 8-bit fields in 24). A claim is resolved only
+// when it names a miss of this chunk with the same key: a stored result that merely has the
+// top bit set (a host may write the slice) stays what it is.
+constexpr uint32_t kPending = 0x80000000u;
 
 // Chroma byte order of a pair.
 enum ChromaOrder : uint32_t { kCbFirst = 0, kCrFirst = 1 };
 
-// 9-3-3-1 upsampling of one chroma byte to one luma position of a 2x2 block: the centre pair
-// with weight 9, the two edge neighbours on the position's side with 3, the corner with 1.
-// The weights total 16, so the result is a 10-bit sample with two fraction bits.
-inline int32_t upsample(int32_t centre, int32_t side, int32_t vertical, int32_t corner) {
-    return (9 * centre + 3 * side + 3 * vertical + corner) >> 2;
+// One chunk's keys walked against a band's cache slice.
+struct CacheWalk {
+    uint32_t result[kChunk];    // the stored result, or a claim
+    uint32_t missKey[kChunk];   // the chunk's misses, in order
+    uint32_t missSlot[kChunk];  // and their slots
+    uint32_t computed[kChunk];  // and their results
+    size_t misses;
+};
+
+// Walks the keys in the order `order` visits them (it calls its argument with each key's
+// index) against the slice. A key equal to the one before it hits what that one found or
+// claimed, so a run of equal keys costs a compare each.
+template <class Order>
+LUT2D_FORCE_INLINE void walkCache(HM_RGB* cache, const uint32_t* keys, Order order, CacheWalk& w) {
+    size_t misses = 0;
+    uint32_t prevKey = 0;
+    uint32_t prevResult = 0;
+    bool first = true;
+    order([&](size_t i) {
+        const uint32_t key = keys[i];
+        if (key != prevKey || first) {
+            first = false;
+            const uint32_t slot = lut2d::cacheSlot(key);
+            HM_RGB& e = cache[slot];
+            const bool hit = e.key == key;
+            prevResult = hit ? e.result : kPending | static_cast<uint32_t>(misses);
+            prevKey = key;
+            e.result = prevResult;
+            e.key = key;
+            w.missKey[misses] = key;  // kept only when it was a miss
+            w.missSlot[misses] = slot;
+            misses += hit ? 0 : 1;
+        }
+        w.result[i] = prevResult;
+    });
+    w.misses = misses;
+}
+
+// Replaces every claim among results[i] for the indices `order` visits by its result.
+template <class Order>
+LUT2D_FORCE_INLINE void resolveAll(CacheWalk& w, const uint32_t* keys, Order order) {
+    order([&](size_t i) {
+        const uint32_t r = w.result[i];
+        if ((r & kPending) != 0) {
+            const uint32_t j = r & ~kPending;
+            if (j < w.misses && w.missKey[j] == keys[i]) w.result[i] = w.computed[j];
+        }
+    });
+}
+
+// Stores the computed results in their slots, in miss order.
+void writeBack(HM_RGB* cache, const CacheWalk& w) {
+    for (size_t j = 0; j < w.misses; ++j) cache[w.missSlot[j]].result = w.computed[j];
+}
+
+// ---- full resolution -------------------------------------------------------------------
+
+// Keys and results of the full-resolution mode are kept a group of eight blocks at a time,
+// position-major: index group * 32 + position * 8 + block, positions top-left, top-right,
+// bottom-left, bottom-right. The cache is still walked block by block.
+constexpr uint32_t kGroupBlocks = 8;
+constexpr uint32_t kGroupColumns = 2 * kGroupBlocks;
+constexpr uint32_t kGroupKeys = 4 * kGroupBlocks;
+constexpr uint32_t kChunkGroups = kChunk / kGroupKeys;
+
+inline size_t groupIndex(uint32_t group, uint32_t position, uint32_t block) {
+    return size_t{group} * kGroupKeys + position * kGroupBlocks + block;
+}
+
+// Visits the keys of `blocks` blocks in block order.
+struct BlockOrder {
+    uint32_t blocks;
+    template <class F>
+    LUT2D_FORCE_INLINE void operator()(F&& f) const {
+        for (uint32_t b = 0; b < blocks; ++b) {
+            const uint32_t g = b / kGroupBlocks, k = b % kGroupBlocks;
+            for (uint32_t p = 0; p < 4; ++p) f(groupIndex(g, p, k));
+        }
+    }
+};
+
+// The rows a row pair reads and writes. The chroma rows above and below stand in for
+// themselves at the frame's top and bottom.
+struct RowPair {
+    const uint8_t* lumaTop;
+    const uint8_t* lumaBottom;
+    const uint8_t* up;
+    const uint8_t* centre;
+    const uint8_t* down;
+    uint8_t* lumaOutTop;
+    uint8_t* lumaOutBottom;
+    uint8_t* chromaOut;
+    uint32_t width;  // even luma width of the band
+    uint32_t format;
+};
+
+// Keys of the four pixels of the block at column col. Chroma is upsampled 9-3-3-1 to each
+// position as (3 h(centre) + h(neighbour row)) >> 2, where h(row) = 3 x the pair + its
+// neighbour on the position's side, the edge pair standing in for the one past the border.
+void blockKeys(const RowPair& rp, uint32_t col, uint32_t* keys, size_t step) {
+    const uint32_t left = col == 0 ? col : col - 2;
+    const uint32_t right = col == rp.width - 2 ? col : col + 2;
+    const int uByte = rp.format == kCrFirst ? 1 : 0;
+    int32_t chroma[2][4] = {};  // byte, position
+    if (rp.format <= kCrFirst) {
+        for (int b = 0; b < 2; ++b) {
+            auto hLeft = [&](const uint8_t* row) { return 3 * row[col + b] + row[left + b]; };
+            auto hRight = [&](const uint8_t* row) { return 3 * row[col + b] + row[right + b]; };
+            const int32_t centreL = 3 * hLeft(rp.centre), centreR = 3 * hRight(rp.centre);
+            chroma[b][0] = (centreL + hLeft(rp.up)) >> 2;
+            chroma[b][1] = (centreR + hRight(rp.up)) >> 2;
+            chroma[b][2] = (centreL + hLeft(rp.down)) >> 2;
+            chroma[b][3] = (centreR + hRight(rp.down)) >> 2;
+        }
+    }
+    const uint32_t luma[4] = {rp.lumaTop[col], rp.lumaTop[col + 1], rp.lumaBottom[col],
+                              rp.lumaBottom[col + 1]};
+    for (int p = 0; p < 4; ++p) {
+        keys[p * step] = lut2d::packYuv10(static_cast<int32_t>(luma[p] * 4), chroma[uByte][p],
+                                          chroma[1 - uByte][p]);
+    }
+}
+
+// Luma of the block's pixels and its chroma pair from the four results: each column's two
+// values halved first, then the halves summed and divided by 8 (not the sum of four / 16).
+void blockOutputs(const RowPair& rp, uint32_t col, const uint32_t* results, size_t step) {
+    lut2d::Yuv10 out[4];
+    for (int p = 0; p < 4; ++p) out[p] = lut2d::unpackYuv10(results[p * step]);
+    rp.lumaOutTop[col] = static_cast<uint8_t>(out[0].y >> 2);
+    rp.lumaOutTop[col + 1] = static_cast<uint8_t>(out[1].y >> 2);
+    rp.lumaOutBottom[col] = static_cast<uint8_t>(out[2].y >> 2);
+    rp.lumaOutBottom[col + 1] = static_cast<uint8_t>(out[3].y >> 2);
+    if (rp.format <= kCrFirst) {
+        const int uByte = rp.format == kCrFirst ? 1 : 0;
+        const int32_t uo = ((out[1].u + out[3].u) / 2 + (out[0].u + out[2].u) / 2) / 8;
+        const int32_t vo = ((out[1].v + out[3].v) / 2 + (out[0].v + out[2].v) / 2) / 8;
+        rp.chromaOut[col + uByte] = static_cast<uint8_t>(uo);
+        rp.chromaOut[col + 1 - uByte] = static_cast<uint8_t>(vo);
+    }
+}
+
+// The same for eight whole blocks from column col on, none at a row end (their neighbours
+// at col - 2 and col + 17 are inside the row), on vectors.
+using U32x8 = uint32_t __attribute__((vector_size(32)));
+using U16x16 = uint16_t __attribute__((vector_size(32)));
+using U16x8 = uint16_t __attribute__((vector_size(16)));
+using U8x16 = uint8_t __attribute__((vector_size(16)));
+
+LUT2D_FORCE_INLINE U16x16 widen(const uint8_t* p) {
+    U8x16 b;
+    std::memcpy(&b, p, sizeof b);
+    return __builtin_convertvector(b, U16x16);
+}
+
+LUT2D_FORCE_INLINE void groupKeys(const RowPair& rp, uint32_t col, uint32_t* keys) {
+    U32x8 chroma[4] = {};
+    if (rp.format <= kCrFirst) {
+        auto h = [&](const uint8_t* row, int side) {
+            return 3 * widen(row + col) + widen(row + col + side);
+        };
+        const U16x16 centreL = 3 * h(rp.centre, -2), centreR = 3 * h(rp.centre, 2);
+        const U16x16 up[4] = {(centreL + h(rp.up, -2)) >> 2, (centreR + h(rp.up, 2)) >> 2,
+                              (centreL + h(rp.down, -2)) >> 2, (centreR + h(rp.down, 2)) >> 2};
+        for (int p = 0; p < 4; ++p) {
+            U32x8 pairs;  // byte 0 of each pair in the low half, byte 1 in the high half
+            std::memcpy(&pairs, &up[p], sizeof pairs);
+            const U32x8 first = pairs & 0xFFFF, second = pairs >> 16;
+            chroma[p] = rp.format == kCrFirst ? (second << 10 | first) : (first << 10 | second);
+        }
+    }
+    const U16x16 top = widen(rp.lumaTop + col), bottom = widen(rp.lumaBottom + col);
+    U32x8 lt, lb;
+    std::memcpy(&lt, &top, sizeof lt);
+    std::memcpy(&lb, &bottom, sizeof lb);
+    const U32x8 k[4] = {(lt & 0xFFFF) << 22 | chroma[0], (lt >> 16) << 22 | chroma[1],
+                        (lb & 0xFFFF) << 22 | chroma[2], (lb >> 16) << 22 | chroma[3]};
+    std::memcpy(keys, k, sizeof k);
+}
+
+LUT2D_FORCE_INLINE void groupOutputs(const RowPair& rp, uint32_t col, const uint32_t* results) {
+    U32x8 r[4];
+    std::memcpy(r, results, sizeof r);
+    auto store16 = [](uint8_t* dst, const U32x8& v) {
+        const U16x8 narrow = __builtin_convertvector(v, U16x8);
+        std::memcpy(dst, &narrow, sizeof narrow);
+    };
+    auto luma = [](const U32x8& v) { return (v >> 22) & 0xFF; };
+    store16(rp.lumaOutTop + col, luma(r[0]) | luma(r[1]) << 8);
+    store16(rp.lumaOutBottom + col, luma(r[2]) | luma(r[3]) << 8);
+    if (rp.format <= kCrFirst) {
+        auto average = [&](int shift) {
+            const U32x8 f[4] = {(r[0] >> shift) & 1023, (r[1] >> shift) & 1023,
+                                (r[2] >> shift) & 1023, (r[3] >> shift) & 1023};
+            return (((f[1] + f[3]) >> 1) + ((f[0] + f[2]) >> 1)) >> 3;
+        };
+        const U32x8 uo = average(10), vo = average(0);
+        store16(rp.chromaOut + col, rp.format == kCrFirst ? (vo | uo << 8) : (uo | vo << 8));
+    }
+}
+
+// One chunk of a row pair: columns [c0, c1).
+void fullResolutionChunk(const BandJob& job, HM_RGB* cache, const RowPair& rp, uint32_t c0,
+                         uint32_t c1, uint32_t* keys, CacheWalk& walk) {
+    const uint32_t blocks = (c1 - c0) / 2;
+    const uint32_t groups = (blocks + kGroupBlocks - 1) / kGroupBlocks;
+    // Whole groups away from the row's ends run on vectors: the first block is not at
+    // column 0 and the last block's right neighbour (col + 16) is inside the row.
+    auto vectorGroup = [&](uint32_t g) {
+        const uint32_t col = c0 + g * kGroupColumns;
+        return col >= 2 && col + kGroupColumns < rp.width && (g + 1) * kGroupBlocks <= blocks;
+    };
+    for (uint32_t g = 0; g < groups; ++g) {
+        if (vectorGroup(g)) {
+            groupKeys(rp, c0 + g * kGroupColumns, keys + groupIndex(g, 0, 0));
+        } else {
+            for (uint32_t k = 0; k < kGroupBlocks && g * kGroupBlocks + k < blocks; ++k) {
+                blockKeys(rp, c0 + g * kGroupColumns + 2 * k, keys + groupIndex(g, 0, k),
+                          kGroupBlocks);
+            }
+        }
+    }
+    const BlockOrder order{blocks};
+    walkCache(cache, keys, order, walk);
+    job.adjust(*job.tables, walk.missKey, walk.computed, walk.misses);
+    writeBack(cache, walk);
+    resolveAll(walk, keys, order);
+    for (uint32_t g = 0; g < groups; ++g) {
+        if (vectorGroup(g)) {
+            groupOutputs(rp, c0 + g * kGroupColumns, walk.result + groupIndex(g, 0, 0));
+        } else {
+            for (uint32_t k = 0; k < kGroupBlocks && g * kGroupBlocks + k < blocks; ++k) {
+                blockOutputs(rp, c0 + g * kGroupColumns + 2 * k, walk.result + groupIndex(g, 0, k),
+                             kGroupBlocks);
+            }
+        }
+    }
+}
+
+// ---- low resolution --------------------------------------------------------------------
+
+// Visits indices 0 .. n-1 in turn.
+struct Sequence {
+    size_t n;
+    template <class F>
+    LUT2D_FORCE_INLINE void operator()(F&& f) const {
+        for (size_t i = 0; i < n; ++i) f(i);
+    }
+};
+
+// Keys of blocks [b0, b1) of a pair row: the block's average luma (truncated) and its
+// chroma pair, Yavg << 16 | U << 8 | V.
+void lowResolutionKeys(const uint8_t* lumaTop, const uint8_t* lumaBottom, const uint8_t* chroma,
+                       uint32_t b0, uint32_t b1, int uByte, uint32_t* keys) {
+    for (uint32_t c = b0; c < b1; ++c) {
+        const uint32_t sum = uint32_t{lumaTop[2 * c]} + lumaTop[2 * c + 1] + lumaBottom[2 * c] +
+                             lumaBottom[2 * c + 1];
+        const uint32_t u = chroma[2 * c + uByte];
+        const uint32_t v = chroma[2 * c + 1 - uByte];
+        *keys++ = (sum >> 2) << 16 | u << 8 | v;
+    }
+}
+
+// The colours of the misses: each 8-bit key as its 10-bit colour through the kernel, the
+// result as the luma offset byte ((Y'' - Yavg + 128) mod 256, wrapping deliberately beyond
+// -128 .. +127) and the new 8-bit chroma.
+void computeLowResolution(const BandJob& job, CacheWalk& w) {
+    for (size_t j = 0; j < w.misses; ++j) {
+        const uint32_t k = w.missKey[j];
+        w.computed[j] = lut2d::packYuv10(static_cast<int32_t>((k >> 16) * 4),
+                                         static_cast<int32_t>((k >> 8 & 255) * 4),
+                                         static_cast<int32_t>((k & 255) * 4));
+    }
+    job.adjust(*job.tables, w.computed, w.computed, w.misses);
+    for (size_t j = 0; j < w.misses; ++j) {
+        const lut2d::Yuv10 adj = lut2d::unpackYuv10(w.computed[j]);
+        const uint32_t yAvg = w.missKey[j] >> 16;
+        const uint32_t offsetByte = (static_cast<uint32_t>(adj.y >> 2) - yAvg) ^ 128u;
+        w.computed[j] = (offsetByte & 0xFF) << 16 | static_cast<uint32_t>(adj.u >> 2) << 8 |
+                        static_cast<uint32_t>(adj.v >> 2);
+    }
 }
 
 }  // namespace
 
 void* run2dlut_fx_ChrUs(void* arg) {
-    const Lut2DThreadArgs& a = *static_cast<const Lut2DThreadArgs*>(arg);
+    const BandJob& job = *static_cast<const BandJob*>(arg);
+    const Lut2DThreadArgs& a = job.args;
     const size_t stride = a.stride;
     // Blocks lie wholly inside the frame: an odd last column or row is left as it is.
     const uint32_t width = std::min<uint32_t>(a.width, a.stride) & ~1u;
@@ -32,125 +333,67 @@ void* run2dlut_fx_ChrUs(void* arg) {
     const uint32_t endRow = std::min<uint32_t>(a.endRow, height);
     if (a.startRow >= endRow || width == 0) return nullptr;
 
-    const lut2d::KernelTables engine = lut2d::kernelTables(*a.engine);
     HM_RGB* cache = reinterpret_cast<HM_RGB*>(a.pScratch);
-    const uint8_t* lumaIn = a.pLumaIn;
-    uint8_t* lumaOut = a.pLumaOut;
-    const uint8_t* chromaIn = a.pChromaIn;
-    uint8_t* chromaOut = a.pChromaOut;
-    const uint32_t format = a.format;
+    CacheWalk walk;
+    alignas(32) uint32_t keys[kChunk];
+    constexpr uint32_t kChunkColumns = kChunk / 2;  // four pixels per two columns
 
     for (uint32_t r = a.startRow; r < endRow; r += 2) {
-        const size_t lumaRow = stride * r;
-        const size_t chromaRow = stride * r / 2;
-        const bool top = r == 0;
-        const bool bottom = r == height - 2;
-        for (uint32_t c = 0; c < width; c += 2) {
-            const size_t tl = lumaRow + c;
-            const size_t bl = tl + stride;
-            const size_t lumaPos[4] = {tl, tl + 1, bl, bl + 1};
-
-            // Neighbouring pairs, with the nearest existing pair standing in at frame borders.
-            const bool leftEdge = c == 0;
-            const bool rightEdge = c == width - 2;
-            const size_t p = chromaRow + c;
-            const size_t left = leftEdge ? p : p - 2;
-            const size_t right = rightEdge ? p : p + 2;
-            const size_t up = top ? p : p - stride;
-            const size_t down = bottom ? p : p + stride;
-            const size_t upLeft = top ? left : (leftEdge ? up : up - 2);
-            const size_t upRight = top ? right : (rightEdge ? up : up + 2);
-            const size_t downLeft = bottom ? left : (leftEdge ? down : down - 2);
-            const size_t downRight = bottom ? right : (rightEdge ? down : down + 2);
-
-            // up[b][k]: byte b of the pair upsampled to block position k (TL, TR, BL, BR).
-            int32_t up10[2][4] = {};
-            if (format <= kCrFirst) {
-                for (int b = 0; b < 2; ++b) {
-                    const int32_t ce = chromaIn[p + b];
-                    const int32_t le = chromaIn[left + b];
-                    const int32_t ri = chromaIn[right + b];
-                    const int32_t uu = chromaIn[up + b];
-                    const int32_t dn = chromaIn[down + b];
-                    up10[b][0] = upsample(ce, le, uu, chromaIn[upLeft + b]);
-                    up10[b][1] = upsample(ce, ri, uu, chromaIn[upRight + b]);
-                    up10[b][2] = upsample(ce, le, dn, chromaIn[downLeft + b]);
-                    up10[b][3] = upsample(ce, ri, dn, chromaIn[downRight + b]);
-                }
-            }
-            const int uByte = format == kCrFirst ? 1 : 0;
-
-            lut2d::Yuv10 out[4];
-            for (int k = 0; k < 4; ++k) {
-                out[k] = lut2d::processCached(engine, int32_t{lumaIn[lumaPos[k]]} * 4,
-                                              up10[uByte][k], up10[1 - uByte][k], cache);
-            }
-            for (int k = 0; k < 4; ++k) lumaOut[lumaPos[k]] = static_cast<uint8_t>(out[k].y >> 2);
-
-            // Each column's two values are halved first, then the halves summed and divided
-            // by 8: not the same as the sum of four divided by 16.
-            const int32_t uo = ((out[1].u + out[3].u) / 2 + (out[0].u + out[2].u) / 2) / 8;
-            const int32_t vo = ((out[1].v + out[3].v) / 2 + (out[0].v + out[2].v) / 2) / 8;
-            if (format <= kCrFirst) {
-                chromaOut[p + uByte] = static_cast<uint8_t>(uo);
-                chromaOut[p + 1 - uByte] = static_cast<uint8_t>(vo);
-            }
+        const uint8_t* centre = a.pChromaIn + stride * r / 2;
+        const RowPair rp{a.pLumaIn + stride * r,
+                         a.pLumaIn + stride * (r + 1),
+                         r == 0 ? centre : centre - stride,
+                         centre,
+                         r == height - 2 ? centre : centre + stride,
+                         a.pLumaOut + stride * r,
+                         a.pLumaOut + stride * (r + 1),
+                         a.pChromaOut + stride * r / 2,
+                         width,
+                         a.format};
+        for (uint32_t c0 = 0; c0 < width; c0 += kChunkColumns) {
+            fullResolutionChunk(job, cache, rp, c0, std::min(width, c0 + kChunkColumns), keys,
+                                walk);
         }
     }
     return nullptr;
 }
 
 void* run2dlut_fx_yDs(void* arg) {
-    const Lut2DThreadArgs& a = *static_cast<const Lut2DThreadArgs*>(arg);
+    const BandJob& job = *static_cast<const BandJob*>(arg);
+    const Lut2DThreadArgs& a = job.args;
     const size_t s = a.stride;  // half the frame stride: pairs are 2 bytes, rows 2s apart
     const uint32_t width = std::min<uint32_t>(a.width, a.stride);
     if (a.startRow >= a.endRow || width == 0) return nullptr;
 
-    const lut2d::KernelTables engine = lut2d::kernelTables(*a.engine);
     HM_RGB* cache = reinterpret_cast<HM_RGB*>(a.pScratch);
-    const uint8_t* luma = a.pLumaIn;
-    const uint8_t* chromaIn = a.pChromaIn;
-    uint8_t* chromaOut = a.pChromaOut;
-    uint8_t* offsets = a.pLumaOffset;
-    const uint32_t format = a.format;
+    CacheWalk walk;
+    uint32_t keys[kChunk];
     // Byte positions of Cb and Cr within a pair when reading; any order but Cb-first reads
     // Cr first.
-    const int uByte = format == kCbFirst ? 0 : 1;
+    const int uByte = a.format == kCbFirst ? 0 : 1;
 
     for (uint32_t r = a.startRow; r < a.endRow; ++r) {
-        const size_t offsetRow = s * r;
-        const size_t lumaRow = s * 4 * r;
-        const size_t chromaRow = s * 2 * r;
-        for (uint32_t c = 0; c < width; ++c) {
-            const size_t tl = lumaRow + 2 * size_t{c};
-            const size_t bl = tl + 2 * s;
-            const int32_t sum = luma[tl] + luma[tl + 1] + luma[bl] + luma[bl + 1];
-            const int32_t yAvg = sum >> 2;
-            const size_t p = chromaRow + 2 * size_t{c};
-            const uint32_t u = chromaIn[p + uByte];
-            const uint32_t v = chromaIn[p + 1 - uByte];
-
-            const uint32_t key = static_cast<uint32_t>(yAvg) << 16 | u << 8 | v;
-            HM_RGB& entry = cache[lut2d::cacheSlot(key)];
-            uint32_t result;
-            if (entry.key == key) {
-                result = entry.result;
-            } else {
-                const lut2d::Yuv10 adj = lut2d::adjustColour(
-                    engine, sum & ~3, static_cast<int32_t>(u * 4), static_cast<int32_t>(v * 4));
-                // The luma change is stored as a byte around 128 and wraps, deliberately,
-                // beyond -128 .. +127.
-                const uint32_t offsetByte =
-                    static_cast<uint32_t>(((adj.y >> 2) - yAvg) ^ 128) & 0xFF;
-                result = offsetByte << 16 | static_cast<uint32_t>(adj.u >> 2) << 8 |
-                         static_cast<uint32_t>(adj.v >> 2);
-                entry.result = result;
-                entry.key = key;
-            }
-            offsets[offsetRow + c] = static_cast<uint8_t>(result >> 16);
-            if (format <= kCrFirst) {
-                chromaOut[p + uByte] = static_cast<uint8_t>(result >> 8);
-                chromaOut[p + 1 - uByte] = static_cast<uint8_t>(result);
+        const uint8_t* lumaTop = a.pLumaIn + s * 4 * r;
+        const uint8_t* lumaBottom = lumaTop + 2 * s;
+        const uint8_t* chromaIn = a.pChromaIn + s * 2 * r;
+        uint8_t* chromaOut = a.pChromaOut + s * 2 * r;
+        uint8_t* offsets = a.pLumaOffset + s * r;
+        for (uint32_t b0 = 0; b0 < width; b0 += kChunk) {
+            const uint32_t b1 = std::min<uint32_t>(width, b0 + kChunk);
+            const size_t n = b1 - b0;
+            lowResolutionKeys(lumaTop, lumaBottom, chromaIn, b0, b1, uByte, keys);
+            walkCache(cache, keys, Sequence{n}, walk);
+            computeLowResolution(job, walk);
+            writeBack(cache, walk);
+            resolveAll(walk, keys, Sequence{n});
+            for (size_t i = 0; i < n; ++i) {
+                const uint32_t result = walk.result[i];
+                offsets[b0 + i] = static_cast<uint8_t>(result >> 16);
+                if (a.format <= kCrFirst) {
+                    uint8_t* pair = chromaOut + 2 * (b0 + i);
+                    pair[uByte] = static_cast<uint8_t>(result >> 8);
+                    pair[1 - uByte] = static_cast<uint8_t>(result);
+                }
             }
         }
     }

@@ -65,7 +65,7 @@ int SW_2DLut_v10::run2dlut_fx(Lut2DImageData* image) {
 
     pthread_t threads[kBandCount] = {};
     bool started[kBandCount] = {};
-    Lut2DThreadArgs args[kBandCount] = {};
+    lut2d::BandJob jobs[kBandCount] = {};
     // A scratch engine object is part of every frame; it takes no part in the work.
     SW_2DLut_v10 frameLocal;
     (void)frameLocal;
@@ -76,9 +76,16 @@ int SW_2DLut_v10::run2dlut_fx(Lut2DImageData* image) {
                                  : static_cast<int32_t>(height >> 2);
 
     if (fullRes || lowRes) {
+        // The record and the tables cannot change during a frame: the colour kernel's tables
+        // are prepared once here for all four bands.
+        lut2d::BatchTables tables;
+        lut2d::prepareBatchTables(tables, lut2d::kernelTables(*this));
+        const lut2d::AdjustColoursFn adjust = lut2d::selectAdjustColours(tables);
         void* (*body)(void*) = fullRes ? run2dlut_fx_ChrUs : run2dlut_fx_yDs;
         for (int i = 0; i < kBandCount; ++i) {
-            Lut2DThreadArgs& a = args[i];
+            jobs[i].tables = &tables;
+            jobs[i].adjust = adjust;
+            Lut2DThreadArgs& a = jobs[i].args;
             a.pLumaIn = image->pLuma;
             a.pChromaIn = image->pChroma;
             a.pLumaOut = fullRes ? image->pLuma : nullptr;
@@ -94,9 +101,9 @@ int SW_2DLut_v10::run2dlut_fx(Lut2DImageData* image) {
             a.engine = this;
             a.pScratch = m_workArea + size_t{lut2d::kCacheSliceBytes} * static_cast<size_t>(i);
             a.format = m_format;
-            started[i] = pthread_create(&threads[i], nullptr, body, &a) == 0;
+            started[i] = pthread_create(&threads[i], nullptr, body, &jobs[i]) == 0;
             // Without a thread the band is still adjusted, on this thread.
-            if (!started[i]) body(&a);
+            if (!started[i]) body(&jobs[i]);
         }
         for (int i = 0; i < kBandCount; ++i) {
             if (started[i]) pthread_join(threads[i], nullptr);
