@@ -48,19 +48,71 @@ struct CacheWalk {
     size_t misses;
 };
 
-// Walks the keys in the order `order` visits them (it calls its argument with each key's
-// index) against the slice. A key equal to the one before it hits what that one found or
-// claimed, so a run of equal keys costs a compare each.
-template <class Order>
-LUT2D_FORCE_INLINE void walkCache(HM_RGB* cache, const uint32_t* keys, Order order, CacheWalk& w) {
+// Keys are walked a unit of 32 at a time: in the full-resolution mode a unit is a group of
+// eight blocks held position-major (index position * 8 + block, positions top-left,
+// top-right, bottom-left, bottom-right), in the low-resolution mode 32 blocks in order.
+constexpr uint32_t kUnitKeys = 32;
+enum class Layout { kBlocksOfFour, kInOrder };
+
+// The workers' vectors are 128 bits wide, native on every target.
+using U32x4 = uint32_t __attribute__((vector_size(16)));
+using U16x8 = uint16_t __attribute__((vector_size(16)));
+using U16x4 = uint16_t __attribute__((vector_size(8)));
+using U8x8 = uint8_t __attribute__((vector_size(8)));
+constexpr size_t kUnitVectors = kUnitKeys / 4;
+
+LUT2D_FORCE_INLINE bool allSet(U32x4 m) {
+    uint64_t q[2];
+    std::memcpy(q, &m, sizeof q);
+    return (q[0] & q[1]) == ~uint64_t{0};
+}
+
+LUT2D_FORCE_INLINE bool anySet(U32x4 m) {
+    uint64_t q[2];
+    std::memcpy(q, &m, sizeof q);
+    return (q[0] | q[1]) != 0;
+}
+
+LUT2D_FORCE_INLINE bool unitIsOneKey(const uint32_t* keys) {
+    U32x4 v[kUnitVectors];
+    std::memcpy(v, keys, sizeof v);
+    const U32x4 first = U32x4{} + keys[0];
+    U32x4 same = v[0] == first;
+    for (size_t i = 1; i < kUnitVectors; ++i) same &= v[i] == first;
+    return allSet(same);
+}
+
+LUT2D_FORCE_INLINE bool unitHasClaims(const uint32_t* results) {
+    U32x4 v[kUnitVectors];
+    std::memcpy(v, results, sizeof v);
+    U32x4 any = v[0];
+    for (size_t i = 1; i < kUnitVectors; ++i) any |= v[i];
+    return anySet(any & kPending);
+}
+
+// Calls f with the index of each of the unit's `valid` keys, in the order the cache meets
+// them.
+template <Layout kLayout, class F>
+LUT2D_FORCE_INLINE void forEachInOrder(size_t base, size_t valid, F&& f) {
+    if (kLayout == Layout::kBlocksOfFour) {
+        for (size_t b = 0; b < valid / 4; ++b) {
+            for (size_t p = 0; p < 4; ++p) f(base + p * (kUnitKeys / 4) + b);
+        }
+    } else {
+        for (size_t i = 0; i < valid; ++i) f(base + i);
+    }
+}
+
+// Walks count keys against the slice in the order the cache meets them. A key equal to the
+// one before it hits what that one found or claimed, so a run of equal keys costs a compare
+// each, and a whole unit of one key a single step.
+template <Layout kLayout>
+void walkCache(HM_RGB* cache, const uint32_t* keys, size_t count, CacheWalk& w) {
     size_t misses = 0;
-    uint32_t prevKey = 0;
+    uint32_t prevKey = ~keys[0];
     uint32_t prevResult = 0;
-    bool first = true;
-    order([&](size_t i) {
-        const uint32_t key = keys[i];
-        if (key != prevKey || first) {
-            first = false;
+    auto step = [&](uint32_t key) {
+        if (key != prevKey) {
             const uint32_t slot = lut2d::cacheSlot(key);
             HM_RGB& e = cache[slot];
             const bool hit = e.key == key;
@@ -72,21 +124,34 @@ LUT2D_FORCE_INLINE void walkCache(HM_RGB* cache, const uint32_t* keys, Order ord
             w.missSlot[misses] = slot;
             misses += hit ? 0 : 1;
         }
-        w.result[i] = prevResult;
-    });
+        return prevResult;
+    };
+    for (size_t base = 0; base < count; base += kUnitKeys) {
+        const size_t valid = count - base < kUnitKeys ? count - base : kUnitKeys;
+        if (valid == kUnitKeys && unitIsOneKey(keys + base)) {
+            const uint32_t r = step(keys[base]);
+            for (size_t i = 0; i < kUnitKeys; ++i) w.result[base + i] = r;
+            continue;
+        }
+        forEachInOrder<kLayout>(base, valid, [&](size_t i) { w.result[i] = step(keys[i]); });
+    }
     w.misses = misses;
 }
 
-// Replaces every claim among results[i] for the indices `order` visits by its result.
-template <class Order>
-LUT2D_FORCE_INLINE void resolveAll(CacheWalk& w, const uint32_t* keys, Order order) {
-    order([&](size_t i) {
-        const uint32_t r = w.result[i];
-        if ((r & kPending) != 0) {
-            const uint32_t j = r & ~kPending;
-            if (j < w.misses && w.missKey[j] == keys[i]) w.result[i] = w.computed[j];
-        }
-    });
+// Replaces every claim among the results by its miss's result.
+template <Layout kLayout>
+void resolveAll(CacheWalk& w, const uint32_t* keys, size_t count) {
+    for (size_t base = 0; base < count; base += kUnitKeys) {
+        const size_t valid = count - base < kUnitKeys ? count - base : kUnitKeys;
+        if (valid == kUnitKeys && !unitHasClaims(w.result + base)) continue;
+        forEachInOrder<kLayout>(base, valid, [&](size_t i) {
+            const uint32_t r = w.result[i];
+            if ((r & kPending) != 0) {
+                const uint32_t j = r & ~kPending;
+                if (j < w.misses && w.missKey[j] == keys[i]) w.result[i] = w.computed[j];
+            }
+        });
+    }
 }
 
 // Stores the computed results in their slots, in miss order.
@@ -107,18 +172,6 @@ constexpr uint32_t kChunkGroups = kChunk / kGroupKeys;
 inline size_t groupIndex(uint32_t group, uint32_t position, uint32_t block) {
     return size_t{group} * kGroupKeys + position * kGroupBlocks + block;
 }
-
-// Visits the keys of `blocks` blocks in block order.
-struct BlockOrder {
-    uint32_t blocks;
-    template <class F>
-    LUT2D_FORCE_INLINE void operator()(F&& f) const {
-        for (uint32_t b = 0; b < blocks; ++b) {
-            const uint32_t g = b / kGroupBlocks, k = b % kGroupBlocks;
-            for (uint32_t p = 0; p < 4; ++p) f(groupIndex(g, p, k));
-        }
-    }
-};
 
 // The rows a row pair reads and writes. The chroma rows above and below stand in for
 // themselves at the frame's top and bottom.
@@ -181,61 +234,70 @@ void blockOutputs(const RowPair& rp, uint32_t col, const uint32_t* results, size
 }
 
 // The same for eight whole blocks from column col on, none at a row end (their neighbours
-// at col - 2 and col + 17 are inside the row), on vectors.
-using U32x8 = uint32_t __attribute__((vector_size(32)));
-using U16x16 = uint16_t __attribute__((vector_size(32)));
-using U16x8 = uint16_t __attribute__((vector_size(16)));
-using U8x16 = uint8_t __attribute__((vector_size(16)));
-
-LUT2D_FORCE_INLINE U16x16 widen(const uint8_t* p) {
-    U8x16 b;
+// at col - 2 and col + 17 are inside the row), on vectors: four blocks (eight bytes of each
+// row) at a time.
+LUT2D_FORCE_INLINE U16x8 widen(const uint8_t* p) {
+    U8x8 b;
     std::memcpy(&b, p, sizeof b);
-    return __builtin_convertvector(b, U16x16);
+    return __builtin_convertvector(b, U16x8);
 }
 
-LUT2D_FORCE_INLINE void groupKeys(const RowPair& rp, uint32_t col, uint32_t* keys) {
-    U32x8 chroma[4] = {};
-    if (rp.format <= kCrFirst) {
-        auto h = [&](const uint8_t* row, int side) {
-            return 3 * widen(row + col) + widen(row + col + side);
-        };
-        const U16x16 centreL = 3 * h(rp.centre, -2), centreR = 3 * h(rp.centre, 2);
-        const U16x16 up[4] = {(centreL + h(rp.up, -2)) >> 2, (centreR + h(rp.up, 2)) >> 2,
-                              (centreL + h(rp.down, -2)) >> 2, (centreR + h(rp.down, 2)) >> 2};
+LUT2D_FORCE_INLINE U32x4 asPairs(U16x8 v) {
+    U32x4 r;
+    std::memcpy(&r, &v, sizeof r);
+    return r;
+}
+
+void groupKeys(const RowPair& rp, uint32_t col, uint32_t* keys) {
+    for (uint32_t half = 0; half < 2; ++half) {
+        const uint32_t at = col + 8 * half;
+        U32x4 chroma[4] = {};
+        if (rp.format <= kCrFirst) {
+            auto h = [&](const uint8_t* row, int side) {
+                return 3 * widen(row + at) + widen(row + at + side);
+            };
+            const U16x8 centreL = 3 * h(rp.centre, -2), centreR = 3 * h(rp.centre, 2);
+            const U16x8 up[4] = {(centreL + h(rp.up, -2)) >> 2, (centreR + h(rp.up, 2)) >> 2,
+                                 (centreL + h(rp.down, -2)) >> 2, (centreR + h(rp.down, 2)) >> 2};
+            for (int p = 0; p < 4; ++p) {
+                // byte 0 of each pair in the low half of a lane, byte 1 in the high half
+                const U32x4 pairs = asPairs(up[p]);
+                const U32x4 first = pairs & 0xFFFF, second = pairs >> 16;
+                chroma[p] = rp.format == kCrFirst ? (second << 10 | first) : (first << 10 | second);
+            }
+        }
+        const U32x4 lt = asPairs(widen(rp.lumaTop + at)), lb = asPairs(widen(rp.lumaBottom + at));
+        const U32x4 k[4] = {(lt & 0xFFFF) << 22 | chroma[0], (lt >> 16) << 22 | chroma[1],
+                            (lb & 0xFFFF) << 22 | chroma[2], (lb >> 16) << 22 | chroma[3]};
         for (int p = 0; p < 4; ++p) {
-            U32x8 pairs;  // byte 0 of each pair in the low half, byte 1 in the high half
-            std::memcpy(&pairs, &up[p], sizeof pairs);
-            const U32x8 first = pairs & 0xFFFF, second = pairs >> 16;
-            chroma[p] = rp.format == kCrFirst ? (second << 10 | first) : (first << 10 | second);
+            std::memcpy(keys + p * kGroupBlocks + 4 * half, &k[p], sizeof k[p]);
         }
     }
-    const U16x16 top = widen(rp.lumaTop + col), bottom = widen(rp.lumaBottom + col);
-    U32x8 lt, lb;
-    std::memcpy(&lt, &top, sizeof lt);
-    std::memcpy(&lb, &bottom, sizeof lb);
-    const U32x8 k[4] = {(lt & 0xFFFF) << 22 | chroma[0], (lt >> 16) << 22 | chroma[1],
-                        (lb & 0xFFFF) << 22 | chroma[2], (lb >> 16) << 22 | chroma[3]};
-    std::memcpy(keys, k, sizeof k);
 }
 
-LUT2D_FORCE_INLINE void groupOutputs(const RowPair& rp, uint32_t col, const uint32_t* results) {
-    U32x8 r[4];
-    std::memcpy(r, results, sizeof r);
-    auto store16 = [](uint8_t* dst, const U32x8& v) {
-        const U16x8 narrow = __builtin_convertvector(v, U16x8);
+void groupOutputs(const RowPair& rp, uint32_t col, const uint32_t* results) {
+    auto store8 = [](uint8_t* dst, U32x4 v) {
+        const U16x4 narrow = __builtin_convertvector(v, U16x4);
         std::memcpy(dst, &narrow, sizeof narrow);
     };
-    auto luma = [](const U32x8& v) { return (v >> 22) & 0xFF; };
-    store16(rp.lumaOutTop + col, luma(r[0]) | luma(r[1]) << 8);
-    store16(rp.lumaOutBottom + col, luma(r[2]) | luma(r[3]) << 8);
-    if (rp.format <= kCrFirst) {
-        auto average = [&](int shift) {
-            const U32x8 f[4] = {(r[0] >> shift) & 1023, (r[1] >> shift) & 1023,
-                                (r[2] >> shift) & 1023, (r[3] >> shift) & 1023};
-            return (((f[1] + f[3]) >> 1) + ((f[0] + f[2]) >> 1)) >> 3;
-        };
-        const U32x8 uo = average(10), vo = average(0);
-        store16(rp.chromaOut + col, rp.format == kCrFirst ? (vo | uo << 8) : (uo | vo << 8));
+    auto luma = [](U32x4 v) { return (v >> 22) & 0xFF; };
+    for (uint32_t half = 0; half < 2; ++half) {
+        const uint32_t at = col + 8 * half;
+        U32x4 r[4];
+        for (int p = 0; p < 4; ++p) {
+            std::memcpy(&r[p], results + p * kGroupBlocks + 4 * half, sizeof r[p]);
+        }
+        store8(rp.lumaOutTop + at, luma(r[0]) | luma(r[1]) << 8);
+        store8(rp.lumaOutBottom + at, luma(r[2]) | luma(r[3]) << 8);
+        if (rp.format <= kCrFirst) {
+            auto average = [&](int shift) {
+                const U32x4 f[4] = {(r[0] >> shift) & 1023, (r[1] >> shift) & 1023,
+                                    (r[2] >> shift) & 1023, (r[3] >> shift) & 1023};
+                return (((f[1] + f[3]) >> 1) + ((f[0] + f[2]) >> 1)) >> 3;
+            };
+            const U32x4 uo = average(10), vo = average(0);
+            store8(rp.chromaOut + at, rp.format == kCrFirst ? (vo | uo << 8) : (uo | vo << 8));
+        }
     }
 }
 
@@ -260,11 +322,11 @@ void fullResolutionChunk(const BandJob& job, HM_RGB* cache, const RowPair& rp, u
             }
         }
     }
-    const BlockOrder order{blocks};
-    walkCache(cache, keys, order, walk);
+    const size_t count = size_t{blocks} * 4;
+    walkCache<Layout::kBlocksOfFour>(cache, keys, count, walk);
     job.adjust(*job.tables, walk.missKey, walk.computed, walk.misses);
     writeBack(cache, walk);
-    resolveAll(walk, keys, order);
+    resolveAll<Layout::kBlocksOfFour>(walk, keys, count);
     for (uint32_t g = 0; g < groups; ++g) {
         if (vectorGroup(g)) {
             groupOutputs(rp, c0 + g * kGroupColumns, walk.result + groupIndex(g, 0, 0));
@@ -278,15 +340,6 @@ void fullResolutionChunk(const BandJob& job, HM_RGB* cache, const RowPair& rp, u
 }
 
 // ---- low resolution --------------------------------------------------------------------
-
-// Visits indices 0 .. n-1 in turn.
-struct Sequence {
-    size_t n;
-    template <class F>
-    LUT2D_FORCE_INLINE void operator()(F&& f) const {
-        for (size_t i = 0; i < n; ++i) f(i);
-    }
-};
 
 // Keys of blocks [b0, b1) of a pair row: the block's average luma (truncated) and its
 // chroma pair, Yavg << 16 | U << 8 | V.
@@ -382,10 +435,10 @@ void* run2dlut_fx_yDs(void* arg) {
             const uint32_t b1 = std::min<uint32_t>(width, b0 + kChunk);
             const size_t n = b1 - b0;
             lowResolutionKeys(lumaTop, lumaBottom, chromaIn, b0, b1, uByte, keys);
-            walkCache(cache, keys, Sequence{n}, walk);
+            walkCache<Layout::kInOrder>(cache, keys, n, walk);
             computeLowResolution(job, walk);
             writeBack(cache, walk);
-            resolveAll(walk, keys, Sequence{n});
+            resolveAll<Layout::kInOrder>(walk, keys, n);
             for (size_t i = 0; i < n; ++i) {
                 const uint32_t result = walk.result[i];
                 offsets[b0 + i] = static_cast<uint8_t>(result >> 16);
