@@ -108,8 +108,9 @@ LUT2D_FORCE_INLINE void toHsl(V key, Stage& o) {
     const V mx = vmax(hi, b0);
     const V mn = vmin(lo, b0);
     const V mid = blueTop ? hi : (blueMid ? b0 : lo);
-    // sector: blue top 2; blue middle 3 (red first) or 1; else 0 (red first) or 1.
-    const V sector = blueTop ? splat(2) : (redFirst ? (blueMid ? splat(3) : splat(0)) : splat(1));
+    // sector: blue top 2; blue middle 3 (red first) or 1; else 0 (red first) or 1, from the
+    // masks (each -1 or 0).
+    const V sector = (~redFirst & ~blueTop & 1) + (blueTop & 2) + (redFirst & blueMid & 3);
     // negative hue step: green first, except blue in the middle, where red first.
     const V negative = blueMid ? redFirst : ~redFirst;
     const V l = mx + mn;
@@ -152,8 +153,7 @@ LUT2D_FORCE_INLINE V finish(const BatchTables& t, const Stage& o) {
 
     // Weighted offsets (w <= kMaxVectorWeight keeps them in 32 bits), hue wrap, clamp.
     const V hMoved = h + ((dH * o.w + 1024) >> 11);
-    const V hWrapped =
-        (hMoved + (hMoved < 0 ? splat(12288) : (hMoved >= 12288 ? splat(4096) : splat(0)))) & 16383;
+    const V hWrapped = (hMoved + ((hMoved < 0) & 12288) + ((hMoved > 12287) & 4096)) & 16383;
     const V sMoved = vmin(vmax(s + ((dS * o.w + 1024) >> 11), splat(0)), splat(2048));
     const V h2 = lowSat ? h : hWrapped;
     const V s2 = lowSat ? s : sMoved;
@@ -166,21 +166,25 @@ LUT2D_FORCE_INLINE V finish(const BatchTables& t, const Stage& o) {
     const V f = h2 - (t2 & ~4095);
     const V x = (ch2 * (f < 0 ? -f : f) + 1024) >> 11;
     const V row = k >= 3 ? k - 3 : k;
-    const V xUp = f < 0 ? splat(0) : x;  // the channel after the largest
-    const V xDown = f < 0 ? x : splat(0);
+    const V xDown = (f < 0) & x;  // the channel before the largest (f < 0) or after it
+    const V xUp = x - xDown;
     const V row0 = row == 0, row1 = row == 1;
+    // Lifted by m = (l - ch2) >> 1 >= 0 the channels stay within 0..1023: ch2 <= den, so
+    // ch2 + m <= (l + ch2) / 2 <= 1023 on both sides of mid-grey; no clamp is needed.
     const V m = (l - ch2) >> 1;
-    const V r1 = clamp1023((row0 ? ch2 : (row1 ? xDown : xUp)) + m);
-    const V g1 = clamp1023((row0 ? xUp : (row1 ? ch2 : xDown)) + m);
-    const V b1 = clamp1023((row0 ? xDown : (row1 ? xUp : ch2)) + m);
+    const V r1 = (row0 ? ch2 : (row1 ? xDown : xUp)) + m;
+    const V g1 = (row0 ? xUp : (row1 ? ch2 : xDown)) + m;
+    const V b1 = (row0 ? xDown : (row1 ? xUp : ch2)) + m;
 
     // A neutral cell keeps the colour's own RGB; then RGB -> YUV.
     const V r = neutral ? (o.rgb & 1023) : r1;
     const V g = neutral ? (lsr(o.rgb, 10) & 1023) : g1;
     const V b = neutral ? lsr(o.rgb, 20) : b1;
-    const V yo = clamp1023((601 * g + 117 * b + 306 * r + 512) >> 10);
-    const V uo = clamp1023(((-338 * g + 510 * b - 172 * r + 512) >> 10) + 512);
-    const V vo = clamp1023(((-427 * g - 83 * b + 510 * r + 512) >> 10) + 512);
+    // From RGB in 0..1023 every output lies in 0..1023 without the clamp: the luma row sums to
+    // 1024, and each chroma row's positive and negative weights sum to 510 and -510.
+    const V yo = (601 * g + 117 * b + 306 * r + 512) >> 10;
+    const V uo = ((-338 * g + 510 * b - 172 * r + 512) >> 10) + 512;
+    const V vo = ((-427 * g - 83 * b + 510 * r + 512) >> 10) + 512;
     return (yo << 20) | (uo << 10) | vo;
 }
 
