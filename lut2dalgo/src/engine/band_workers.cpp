@@ -59,6 +59,7 @@ using U32x4 = uint32_t __attribute__((vector_size(16)));
 using U16x8 = uint16_t __attribute__((vector_size(16)));
 using U16x4 = uint16_t __attribute__((vector_size(8)));
 using U8x8 = uint8_t __attribute__((vector_size(8)));
+using U8x4 = uint8_t __attribute__((vector_size(4)));
 constexpr size_t kUnitVectors = kUnitKeys / 4;
 
 LUT2D_FORCE_INLINE bool allSet(U32x4 m) {
@@ -144,12 +145,12 @@ void resolveAll(CacheWalk& w, const uint32_t* keys, size_t count) {
     for (size_t base = 0; base < count; base += kUnitKeys) {
         const size_t valid = count - base < kUnitKeys ? count - base : kUnitKeys;
         if (valid == kUnitKeys && !unitHasClaims(w.result + base)) continue;
-        forEachInOrder<kLayout>(base, valid, [&](size_t i) {
+        forEachInOrder<kLayout>(base, valid, [&](size_t i) {  // without branches
             const uint32_t r = w.result[i];
-            if ((r & kPending) != 0) {
-                const uint32_t j = r & ~kPending;
-                if (j < w.misses && w.missKey[j] == keys[i]) w.result[i] = w.computed[j];
-            }
+            const uint32_t j = r & ~kPending;
+            const uint32_t at = j < w.misses ? j : 0;
+            const bool claim = (r & kPending) != 0 && j < w.misses && w.missKey[at] == keys[i];
+            w.result[i] = claim ? w.computed[at] : r;
         });
     }
 }
@@ -324,7 +325,7 @@ void fullResolutionChunk(const BandJob& job, HM_RGB* cache, const RowPair& rp, u
     }
     const size_t count = size_t{blocks} * 4;
     walkCache<Layout::kBlocksOfFour>(cache, keys, count, walk);
-    job.adjust(*job.tables, walk.missKey, walk.computed, walk.misses);
+    job.kernel.colours(*job.tables, walk.missKey, walk.computed, walk.misses);
     writeBack(cache, walk);
     resolveAll<Layout::kBlocksOfFour>(walk, keys, count);
     for (uint32_t g = 0; g < groups; ++g) {
@@ -345,7 +346,16 @@ void fullResolutionChunk(const BandJob& job, HM_RGB* cache, const RowPair& rp, u
 // chroma pair, Yavg << 16 | U << 8 | V.
 void lowResolutionKeys(const uint8_t* lumaTop, const uint8_t* lumaBottom, const uint8_t* chroma,
                        uint32_t b0, uint32_t b1, int uByte, uint32_t* keys) {
-    for (uint32_t c = b0; c < b1; ++c) {
+    uint32_t c = b0;
+    for (; c + 4 <= b1; c += 4, keys += 4) {  // four blocks: eight bytes of each row
+        const U32x4 luma = asPairs(widen(lumaTop + 2 * c) + widen(lumaBottom + 2 * c));
+        const U32x4 yAvg = ((luma & 0xFFFF) + (luma >> 16)) >> 2;
+        const U32x4 pairs = asPairs(widen(chroma + 2 * c));
+        const U32x4 first = pairs & 0xFFFF, second = pairs >> 16;
+        const U32x4 k = yAvg << 16 | (uByte == 0 ? (first << 8 | second) : (second << 8 | first));
+        std::memcpy(keys, &k, sizeof k);
+    }
+    for (; c < b1; ++c) {
         const uint32_t sum = uint32_t{lumaTop[2 * c]} + lumaTop[2 * c + 1] + lumaBottom[2 * c] +
                              lumaBottom[2 * c + 1];
         const uint32_t u = chroma[2 * c + uByte];
@@ -354,23 +364,30 @@ void lowResolutionKeys(const uint8_t* lumaTop, const uint8_t* lumaBottom, const 
     }
 }
 
-// The colours of the misses: each 8-bit key as its 10-bit colour through the kernel, the
-// result as the luma offset byte ((Y'' - Yavg + 128) mod 256, wrapping deliberately beyond
-// -128 .. +127) and the new 8-bit chroma.
-void computeLowResolution(const BandJob& job, CacheWalk& w) {
-    for (size_t j = 0; j < w.misses; ++j) {
-        const uint32_t k = w.missKey[j];
-        w.computed[j] = lut2d::packYuv10(static_cast<int32_t>((k >> 16) * 4),
-                                         static_cast<int32_t>((k >> 8 & 255) * 4),
-                                         static_cast<int32_t>((k & 255) * 4));
+// The offset byte and the new chroma pair of blocks [b0, b1) from their results.
+void lowResolutionOutputs(const uint32_t* results, uint32_t b0, uint32_t b1, uint32_t format,
+                          uint8_t* offsets, uint8_t* chroma) {
+    const int uByte = format == kCbFirst ? 0 : 1;
+    uint32_t c = b0;
+    for (; c + 4 <= b1; c += 4, results += 4) {
+        U32x4 r;
+        std::memcpy(&r, results, sizeof r);
+        const U8x4 offset = __builtin_convertvector((r >> 16) & 0xFF, U8x4);
+        std::memcpy(offsets + c, &offset, sizeof offset);
+        if (format <= kCrFirst) {
+            const U32x4 u = (r >> 8) & 0xFF, v = r & 0xFF;
+            const U16x4 pairs =
+                __builtin_convertvector(uByte == 0 ? (u | v << 8) : (v | u << 8), U16x4);
+            std::memcpy(chroma + 2 * c, &pairs, sizeof pairs);
+        }
     }
-    job.adjust(*job.tables, w.computed, w.computed, w.misses);
-    for (size_t j = 0; j < w.misses; ++j) {
-        const lut2d::Yuv10 adj = lut2d::unpackYuv10(w.computed[j]);
-        const uint32_t yAvg = w.missKey[j] >> 16;
-        const uint32_t offsetByte = (static_cast<uint32_t>(adj.y >> 2) - yAvg) ^ 128u;
-        w.computed[j] = (offsetByte & 0xFF) << 16 | static_cast<uint32_t>(adj.u >> 2) << 8 |
-                        static_cast<uint32_t>(adj.v >> 2);
+    for (; c < b1; ++c) {
+        const uint32_t result = *results++;
+        offsets[c] = static_cast<uint8_t>(result >> 16);
+        if (format <= kCrFirst) {
+            chroma[2 * c + uByte] = static_cast<uint8_t>(result >> 8);
+            chroma[2 * c + 1 - uByte] = static_cast<uint8_t>(result);
+        }
     }
 }
 
@@ -387,8 +404,8 @@ void* run2dlut_fx_ChrUs(void* arg) {
     if (a.startRow >= endRow || width == 0) return nullptr;
 
     HM_RGB* cache = reinterpret_cast<HM_RGB*>(a.pScratch);
-    CacheWalk walk;
-    alignas(32) uint32_t keys[kChunk];
+    CacheWalk walk{};
+    alignas(32) uint32_t keys[kChunk] = {};
     constexpr uint32_t kChunkColumns = kChunk / 2;  // four pixels per two columns
 
     for (uint32_t r = a.startRow; r < endRow; r += 2) {
@@ -419,8 +436,8 @@ void* run2dlut_fx_yDs(void* arg) {
     if (a.startRow >= a.endRow || width == 0) return nullptr;
 
     HM_RGB* cache = reinterpret_cast<HM_RGB*>(a.pScratch);
-    CacheWalk walk;
-    uint32_t keys[kChunk];
+    CacheWalk walk{};
+    alignas(32) uint32_t keys[kChunk] = {};
     // Byte positions of Cb and Cr within a pair when reading; any order but Cb-first reads
     // Cr first.
     const int uByte = a.format == kCbFirst ? 0 : 1;
@@ -436,18 +453,10 @@ void* run2dlut_fx_yDs(void* arg) {
             const size_t n = b1 - b0;
             lowResolutionKeys(lumaTop, lumaBottom, chromaIn, b0, b1, uByte, keys);
             walkCache<Layout::kInOrder>(cache, keys, n, walk);
-            computeLowResolution(job, walk);
+            job.kernel.blocks(*job.tables, walk.missKey, walk.computed, walk.misses);
             writeBack(cache, walk);
             resolveAll<Layout::kInOrder>(walk, keys, n);
-            for (size_t i = 0; i < n; ++i) {
-                const uint32_t result = walk.result[i];
-                offsets[b0 + i] = static_cast<uint8_t>(result >> 16);
-                if (a.format <= kCrFirst) {
-                    uint8_t* pair = chromaOut + 2 * (b0 + i);
-                    pair[uByte] = static_cast<uint8_t>(result >> 8);
-                    pair[1 - uByte] = static_cast<uint8_t>(result);
-                }
-            }
+            lowResolutionOutputs(walk.result, b0, b1, a.format, offsets, chromaOut);
         }
     }
     return nullptr;

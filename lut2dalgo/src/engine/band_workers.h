@@ -11,7 +11,7 @@ namespace lut2d {
 struct BandJob {
     Lut2DThreadArgs args;
     const BatchTables* tables;
-    AdjustColoursFn adjust;
+    ColourKernel kernel;
 };
 
 }  // namespace lut2d

@@ -80,11 +80,11 @@ int SW_2DLut_v10::run2dlut_fx(Lut2DImageData* image) {
         // are prepared once here for all four bands.
         lut2d::BatchTables tables;
         lut2d::prepareBatchTables(tables, lut2d::kernelTables(*this));
-        const lut2d::AdjustColoursFn adjust = lut2d::selectAdjustColours(tables);
+        const lut2d::ColourKernel kernel = lut2d::selectColourKernel(tables);
         void* (*body)(void*) = fullRes ? run2dlut_fx_ChrUs : run2dlut_fx_yDs;
         for (int i = 0; i < kBandCount; ++i) {
             jobs[i].tables = &tables;
-            jobs[i].adjust = adjust;
+            jobs[i].kernel = kernel;
             Lut2DThreadArgs& a = jobs[i].args;
             a.pLumaIn = image->pLuma;
             a.pChromaIn = image->pChroma;

@@ -88,14 +88,36 @@ void AdjustColours_C(const BatchTables& t, const uint32_t* keys, uint32_t* resul
     }
 }
 
-size_t adjustColoursPaths(AdjustColoursPath* out, size_t capacity) {
-    const AdjustColoursPath all[] = {
-        {"C", AdjustColours_C, true},
+void AdjustBlocks_C(const BatchTables& t, const uint32_t* keys, uint32_t* results,
+                    size_t count) {
+    for (size_t i = 0; i < count; ++i) {
+        uint32_t adjusted;
+        const uint32_t colour = blockColour(keys[i]);
+        AdjustColours_C(t, &colour, &adjusted, 1);
+        results[i] = blockResult(keys[i], adjusted);
+    }
+}
+
+namespace {
+
+constexpr ColourKernel kScalar{AdjustColours_C, AdjustBlocks_C};
 #if defined(__x86_64__)
-        {"AVX2", AdjustColours_AVX2, __builtin_cpu_supports("avx2") != 0},
+constexpr ColourKernel kAvx2{AdjustColours_AVX2, AdjustBlocks_AVX2};
 #endif
 #if defined(__aarch64__)
-        {"NEON", AdjustColours_NEON, true},
+constexpr ColourKernel kNeon{AdjustColours_NEON, AdjustBlocks_NEON};
+#endif
+
+}  // namespace
+
+size_t adjustColoursPaths(AdjustColoursPath* out, size_t capacity) {
+    const AdjustColoursPath all[] = {
+        {"C", kScalar, true},
+#if defined(__x86_64__)
+        {"AVX2", kAvx2, __builtin_cpu_supports("avx2") != 0},
+#endif
+#if defined(__aarch64__)
+        {"NEON", kNeon, true},
 #endif
     };
     const size_t n = sizeof all / sizeof all[0];
@@ -103,16 +125,16 @@ size_t adjustColoursPaths(AdjustColoursPath* out, size_t capacity) {
     return n;
 }
 
-AdjustColoursFn selectAdjustColours(const BatchTables& t) {
-    if (!t.vectorExact) return AdjustColours_C;
+ColourKernel selectColourKernel(const BatchTables& t) {
+    if (!t.vectorExact) return kScalar;
 #if defined(__x86_64__)
     static const bool avx2 = __builtin_cpu_supports("avx2") != 0;
-    if (avx2) return AdjustColours_AVX2;
+    if (avx2) return kAvx2;
 #endif
 #if defined(__aarch64__)
-    return AdjustColours_NEON;
+    return kNeon;
 #endif
-    return AdjustColours_C;
+    return kScalar;
 }
 
 }  // namespace lut2d

@@ -1,7 +1,9 @@
 // The colour kernel on many colours at once.
 //
 // AdjustColours_* map packed 10-bit input colours (Y << 20 | U << 10 | V) to packed adjusted
-// colours in the same layout, each exactly as adjustColour (kernel_inline.h) computes it. The
+// colours in the same layout, each exactly as adjustColour (kernel_inline.h) computes it.
+// AdjustBlocks_* do the same for the low-resolution mode's 8-bit keys and results
+// (blockColour and blockResult in kernel_inline.h). The
 // scalar _C form runs adjustColour itself; the vector forms run the same arithmetic eight
 // colours at a time. All of them take a BatchTables prepared once per frame from the engine,
 // while the tables cannot change (a frame reads the record and the engine's tables only).
@@ -59,23 +61,33 @@ void prepareBatchTables(BatchTables& t, const KernelTables& k);
 using AdjustColoursFn = void (*)(const BatchTables& t, const uint32_t* keys, uint32_t* results,
                                  size_t count);
 
-void AdjustColours_C(const BatchTables& t, const uint32_t* keys, uint32_t* results, size_t count);
+#define LUT2D_DECLARE_ADJUST(isa)                                                          \
+    void AdjustColours_##isa(const BatchTables& t, const uint32_t* keys, uint32_t* results, \
+                             size_t count);                                                \
+    void AdjustBlocks_##isa(const BatchTables& t, const uint32_t* keys, uint32_t* results,  \
+                            size_t count);
+LUT2D_DECLARE_ADJUST(C)
 #if defined(__x86_64__)
-void AdjustColours_AVX2(const BatchTables& t, const uint32_t* keys, uint32_t* results,
-                        size_t count);
+LUT2D_DECLARE_ADJUST(AVX2)
 #endif
 #if defined(__aarch64__)
-void AdjustColours_NEON(const BatchTables& t, const uint32_t* keys, uint32_t* results,
-                        size_t count);
+LUT2D_DECLARE_ADJUST(NEON)
 #endif
+#undef LUT2D_DECLARE_ADJUST
+
+// One instruction-set form: full-resolution colours and low-resolution blocks.
+struct ColourKernel {
+    AdjustColoursFn colours;
+    AdjustColoursFn blocks;
+};
 
 // The fastest form this machine runs exactly for t.
-AdjustColoursFn selectAdjustColours(const BatchTables& t);
+ColourKernel selectColourKernel(const BatchTables& t);
 
 // Every form this build has, with whether this machine can run it, for tests and benchmarks.
 struct AdjustColoursPath {
     const char* name;
-    AdjustColoursFn fn;
+    ColourKernel kernel;
     bool runnable;
 };
 size_t adjustColoursPaths(AdjustColoursPath* out, size_t capacity);

@@ -38,7 +38,12 @@ struct Avx2Lanes {
 
 void AdjustColours_AVX2(const BatchTables& t, const uint32_t* keys, uint32_t* results,
                         size_t count) {
-    vec::adjustColours<Avx2Lanes>(t, keys, results, count);
+    vec::adjustColours<Avx2Lanes, false>(t, keys, results, count);
+}
+
+void AdjustBlocks_AVX2(const BatchTables& t, const uint32_t* keys, uint32_t* results,
+                       size_t count) {
+    vec::adjustColours<Avx2Lanes, true>(t, keys, results, count);
 }
 
 }  // namespace lut2d

@@ -201,17 +201,32 @@ LUT2D_FORCE_INLINE void adjustGroups(const BatchTables& t, const V* keys, V* res
     for (size_t g = 0; g < groups; ++g) results[g] = finish<Lanes>(t, st[g]);
 }
 
-template <class Lanes>
-LUT2D_FORCE_INLINE void adjustColours(const BatchTables& t, const uint32_t* keys, uint32_t* results,
-                                      size_t count) {
+// The low-resolution mode's 8-bit keys as 10-bit colours, and its results (blockColour and
+// blockResult in kernel_inline.h).
+LUT2D_FORCE_INLINE V blockColours(V key) {
+    return lsr(key, 16) << 22 | (lsr(key, 8) & 255) << 12 | (key & 255) << 2;
+}
+
+LUT2D_FORCE_INLINE V blockResults(V key, V adjusted) {
+    const V offsetByte = ((lsr(adjusted, 22) - lsr(key, 16)) ^ 128) & 0xFF;
+    return offsetByte << 16 | (lsr(adjusted, 12) & 255) << 8 | (lsr(adjusted, 2) & 255);
+}
+
+template <class Lanes, bool kBlocks>
+LUT2D_FORCE_INLINE void adjustColours(const BatchTables& t, const uint32_t* keys,
+                                      uint32_t* results, size_t count) {
     constexpr size_t kBlock = kBlockGroups * kLanes;
-    V in[kBlockGroups], out[kBlockGroups];
+    V in[kBlockGroups], colour[kBlockGroups], out[kBlockGroups];
     for (size_t i = 0; i < count; i += kBlock) {
         const size_t n = count - i < kBlock ? count - i : kBlock;
         const size_t groups = (n + kLanes - 1) / kLanes;
         if (n < kBlock) std::memset(in, 0, sizeof in);  // the tail, padded with black
         std::memcpy(in, keys + i, n * sizeof(uint32_t));
-        adjustGroups<Lanes>(t, in, out, groups);
+        for (size_t g = 0; g < groups; ++g) colour[g] = kBlocks ? blockColours(in[g]) : in[g];
+        adjustGroups<Lanes>(t, colour, out, groups);
+        if (kBlocks) {
+            for (size_t g = 0; g < groups; ++g) out[g] = blockResults(in[g], out[g]);
+        }
         std::memcpy(results + i, out, n * sizeof(uint32_t));
     }
 }

@@ -7,7 +7,12 @@ namespace lut2d {
 
 void AdjustColours_NEON(const BatchTables& t, const uint32_t* keys, uint32_t* results,
                         size_t count) {
-    vec::adjustColours<vec::ScalarLanes>(t, keys, results, count);
+    vec::adjustColours<vec::ScalarLanes, false>(t, keys, results, count);
+}
+
+void AdjustBlocks_NEON(const BatchTables& t, const uint32_t* keys, uint32_t* results,
+                       size_t count) {
+    vec::adjustColours<vec::ScalarLanes, true>(t, keys, results, count);
 }
 
 }  // namespace lut2d

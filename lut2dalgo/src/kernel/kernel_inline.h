@@ -64,6 +64,22 @@ LUT2D_FORCE_INLINE Yuv10 adjustColour(const KernelTables& t, int32_t y, int32_t 
     return {yuv.c1, yuv.c2, yuv.c3};
 }
 
+// The low-resolution mode's 8-bit cache key, Yavg << 16 | U << 8 | V, as the 10-bit colour the
+// kernel adjusts (each field times 4).
+LUT2D_FORCE_INLINE uint32_t blockColour(uint32_t key) {
+    return (key >> 16) << 22 | (key >> 8 & 255u) << 12 | (key & 255u) << 2;
+}
+
+// The low-resolution mode's result for an 8-bit key and its adjusted 10-bit colour: the luma
+// offset byte (Y'' - Yavg + 128) mod 256 (wrapping, deliberately, beyond -128 .. +127), then
+// the new 8-bit chroma: offset << 16 | U'' << 8 | V''.
+LUT2D_FORCE_INLINE uint32_t blockResult(uint32_t key, uint32_t adjusted) {
+    const Yuv10 a = unpackYuv10(adjusted);
+    const uint32_t offsetByte = (static_cast<uint32_t>(a.y >> 2) - (key >> 16)) ^ 128u;
+    return (offsetByte & 0xFF) << 16 | static_cast<uint32_t>(a.u >> 2) << 8 |
+           static_cast<uint32_t>(a.v >> 2);
+}
+
 // One 10-bit colour through a band's result cache: a colour seen before in this slice returns
 // its stored result, even if the tuning record changed since; otherwise it is computed and
 // replaces whatever the slot held. Out-of-range inputs still index inside the slice.
