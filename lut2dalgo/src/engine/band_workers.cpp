@@ -104,28 +104,24 @@ LUT2D_FORCE_INLINE void forEachInOrder(size_t base, size_t valid, F&& f) {
     }
 }
 
-// Walks count keys against the slice in the order the cache meets them. A key equal to the
-// one before it hits what that one found or claimed, so a run of equal keys costs a compare
-// each, and a whole unit of one key a single step.
+// Walks count keys against the slice in the order the cache meets them; a whole unit of one
+// key takes a single step.
 template <Layout kLayout>
 void walkCache(HM_RGB* cache, const uint32_t* keys, size_t count, CacheWalk& w) {
     size_t misses = 0;
-    uint32_t prevKey = ~keys[0];
-    uint32_t prevResult = 0;
+    // Without branches on the content: a key equal to the one before it simply hits the entry
+    // that one wrote.
     auto step = [&](uint32_t key) {
-        if (key != prevKey) {
-            const uint32_t slot = lut2d::cacheSlot(key);
-            HM_RGB& e = cache[slot];
-            const bool hit = e.key == key;
-            prevResult = hit ? e.result : kPending | static_cast<uint32_t>(misses);
-            prevKey = key;
-            e.result = prevResult;
-            e.key = key;
-            w.missKey[misses] = key;  // kept only when it was a miss
-            w.missSlot[misses] = slot;
-            misses += hit ? 0 : 1;
-        }
-        return prevResult;
+        const uint32_t slot = lut2d::cacheSlot(key);
+        HM_RGB& e = cache[slot];
+        const bool hit = e.key == key;
+        const uint32_t result = hit ? e.result : kPending | static_cast<uint32_t>(misses);
+        e.result = result;
+        e.key = key;
+        w.missKey[misses] = key;  // kept only when it was a miss
+        w.missSlot[misses] = slot;
+        misses += hit ? 0 : 1;
+        return result;
     };
     for (size_t base = 0; base < count; base += kUnitKeys) {
         const size_t valid = count - base < kUnitKeys ? count - base : kUnitKeys;
