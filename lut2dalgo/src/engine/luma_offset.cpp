@@ -7,29 +7,13 @@
 
 #include "../../platform/tessel/tessel.h"
 #include "../common/checked_math.h"
+#include "../common/luma_offset_add.h"
 #include "../common/lut2d_log.h"
 #include "sw_2dlut_v10.h"
 
 namespace {
 
 constexpr int kTesselCpuFast = 3;
-constexpr size_t kVectorBytes = 16;
-
-// luma + (offset - 128), saturated to 0 .. 255. An offset of 128 leaves the sample as it is.
-inline uint8_t addOffset(uint8_t luma, uint8_t offset) {
-    const int32_t v = int32_t{luma} + int32_t{offset} - 128;
-    return static_cast<uint8_t>(v < 0 ? 0 : (v > 255 ? 255 : v));
-}
-
-// Independent byte operations, a whole 16-byte vector at a time where the span allows.
-void addOffsets(uint8_t* luma, const uint8_t* offsets, size_t count) {
-    size_t i = 0;
-    for (; i + kVectorBytes <= count; i += kVectorBytes) {
-        for (size_t k = 0; k < kVectorBytes; ++k)
-            luma[i + k] = addOffset(luma[i + k], offsets[i + k]);
-    }
-    for (; i < count; ++i) luma[i] = addOffset(luma[i], offsets[i]);
-}
 
 }  // namespace
 
@@ -63,7 +47,8 @@ int SW_2DLut_v10::YOffsetAddition_tessel(unsigned char* offsets, unsigned char* 
         tslScaleUpBy2Gaussian5x5u8_v2(offsets, cols, height, stride, upscaled, pitch);
     }
 
-    if (bytes != 0) addOffsets(luma, upscaled, bytes);
+    // Independent byte operations over the whole span, 16 bytes at a time.
+    if (bytes != 0) lut2d::addLumaOffsets(luma, upscaled, bytes);
     std::free(upscaled);
     return LUT2D_OK;
 }
