@@ -389,6 +389,31 @@ void lowResolutionOutputs(const uint32_t* results, uint32_t b0, uint32_t b1, uin
 
 }  // namespace
 
+namespace lut2d {
+
+FinishGate::Decision FinishGate::bandDone() {
+    std::unique_lock<std::mutex> lock(mutex_);
+    ++bandsDone_;
+    changed_.notify_all();
+    changed_.wait(lock, [this] { return decision_ != Decision::kPending; });
+    return decision_;
+}
+
+void FinishGate::awaitBands(int bands) {
+    std::unique_lock<std::mutex> lock(mutex_);
+    changed_.wait(lock, [this, bands] { return bandsDone_ >= bands; });
+}
+
+void FinishGate::decide(Decision d) {
+    {
+        const std::lock_guard<std::mutex> lock(mutex_);
+        decision_ = d;
+    }
+    changed_.notify_all();
+}
+
+}  // namespace lut2d
+
 void* run2dlut_fx_ChrUs(void* arg) {
     const BandJob& job = *static_cast<const BandJob*>(arg);
     const Lut2DThreadArgs& a = job.args;
@@ -424,12 +449,13 @@ void* run2dlut_fx_ChrUs(void* arg) {
     return nullptr;
 }
 
-void* run2dlut_fx_yDs(void* arg) {
-    const BandJob& job = *static_cast<const BandJob*>(arg);
+namespace {
+
+void lowResolutionBand(const BandJob& job) {
     const Lut2DThreadArgs& a = job.args;
     const size_t s = a.stride;  // half the frame stride: pairs are 2 bytes, rows 2s apart
     const uint32_t width = std::min<uint32_t>(a.width, a.stride);
-    if (a.startRow >= a.endRow || width == 0) return nullptr;
+    if (a.startRow >= a.endRow || width == 0) return;
 
     HM_RGB* cache = reinterpret_cast<HM_RGB*>(a.pScratch);
     CacheWalk walk{};
@@ -454,6 +480,17 @@ void* run2dlut_fx_yDs(void* arg) {
             resolveAll<Layout::kInOrder>(walk, keys, n);
             lowResolutionOutputs(walk.result, b0, b1, a.format, offsets, chromaOut);
         }
+    }
+}
+
+}  // namespace
+
+void* run2dlut_fx_yDs(void* arg) {
+    const BandJob& job = *static_cast<const BandJob*>(arg);
+    lowResolutionBand(job);
+    if (job.finish.gate != nullptr &&
+        job.finish.gate->bandDone() == lut2d::FinishGate::Decision::kFinish) {
+        lut2d::addUpscaledOffsetRows(job.finish);
     }
     return nullptr;
 }

@@ -1,10 +1,45 @@
 // Thread bodies of the two processing modes, one band of rows each.
 #pragma once
 
+#include <condition_variable>
+#include <cstdint>
+#include <mutex>
+
 #include "../kernel/colour_batch.h"
 #include "sw_2dlut_v10.h"
 
 namespace lut2d {
+
+// Where the low-resolution workers meet the frame driver once their bands are done. The
+// driver waits for every band (the point at which the frame used to be joined), decides
+// whether the frame is finished, and the workers then add the upscaled luma offsets to their
+// share of the luma rows.
+class FinishGate {
+  public:
+    enum class Decision : uint8_t { kPending, kFinish, kStop };
+
+    // A worker's band is done; returns the driver's decision once it is made.
+    Decision bandDone();
+    // The driver: waits until `bands` bands are done.
+    void awaitBands(int bands);
+    void decide(Decision d);
+
+  private:
+    std::mutex mutex_;
+    std::condition_variable changed_;
+    int bandsDone_ = 0;
+    Decision decision_ = Decision::kPending;
+};
+
+// One worker's share of the low-resolution finish: the upscaled offsets added to luma rows
+// [rowBegin, rowEnd) (full-size rows).
+struct FinishShare {
+    FinishGate* gate;  // null: the band's worker does not take part
+    const uint8_t* offsets;
+    uint8_t* luma;
+    uint32_t width, stride, height;  // of the offset plane
+    uint32_t rowBegin, rowEnd;
+};
 
 // What a band worker receives: the band's argument record and the frame's colour kernel
 // (its tables, prepared once per frame, and the form that runs it on this machine).
@@ -12,7 +47,11 @@ struct BandJob {
     Lut2DThreadArgs args;
     const BatchTables* tables;
     ColourKernel kernel;
+    FinishShare finish;  // low-resolution mode only
 };
+
+// Adds the share's rows of the upscaled offset plane to the luma plane.
+void addUpscaledOffsetRows(const FinishShare& share);
 
 }  // namespace lut2d
 

@@ -1,5 +1,7 @@
 // Frame driver: cuts a frame into four horizontal bands, adjusts them on four threads and
-// finishes the frame on the calling thread.
+// finishes the frame: in the full-resolution mode on the calling thread; in the low-resolution
+// mode, with the portable Gaussian upscale built in, on the four threads once the driver has
+// seen every band done and checked for an abort, exactly where it used to join them.
 
 #include <pthread.h>
 
@@ -10,6 +12,7 @@
 #include "../common/checked_math.h"
 #include "../common/lut2d_log.h"
 #include "band_workers.h"
+#include "luma_offset.h"
 #include "sw_2dlut_v10.h"
 
 namespace {
@@ -66,6 +69,9 @@ int SW_2DLut_v10::run2dlut_fx(Lut2DImageData* image) {
     pthread_t threads[kBandCount] = {};
     bool started[kBandCount] = {};
     lut2d::BandJob jobs[kBandCount] = {};
+    lut2d::FinishGate gate;
+    const bool sharedFinish = lowRes && lut2d::kOffsetRowsBuiltIn;
+    int threadCount = 0;
     // A scratch engine object is part of every frame; it takes no part in the work.
     SW_2DLut_v10 frameLocal;
     (void)frameLocal;
@@ -101,12 +107,46 @@ int SW_2DLut_v10::run2dlut_fx(Lut2DImageData* image) {
             a.engine = this;
             a.pScratch = m_workArea + size_t{lut2d::kCacheSliceBytes} * static_cast<size_t>(i);
             a.format = m_format;
+            if (sharedFinish) {
+                // Full-size luma rows, a quarter each.
+                const uint32_t rows = 2 * height, share = (rows + kBandCount - 1) / kBandCount;
+                const uint32_t begin = std::min(rows, share * static_cast<uint32_t>(i));
+                jobs[i].finish = {&gate,  scratch, image->pLuma, width,
+                                  stride, height,  begin,        std::min(rows, begin + share)};
+            }
             started[i] = pthread_create(&threads[i], nullptr, body, &jobs[i]) == 0;
-            // Without a thread the band is still adjusted, on this thread.
-            if (!started[i]) body(&jobs[i]);
+            // Without a thread the band is still adjusted, on this thread, and its share of
+            // the finish is done here too.
+            if (!started[i]) {
+                jobs[i].finish.gate = nullptr;
+                body(&jobs[i]);
+            }
+            threadCount += started[i] ? 1 : 0;
         }
-        for (int i = 0; i < kBandCount; ++i) {
-            if (started[i]) pthread_join(threads[i], nullptr);
+        if (sharedFinish) {
+            gate.awaitBands(threadCount);
+            // The abort check after the workers, made where the threads used to be joined.
+            const bool aborted = m_abort == 1;
+            uint8_t* temporary = nullptr;
+            const bool finish =
+                !aborted && lut2d::beginOffsetAddition(width, stride, height, &temporary);
+            gate.decide(finish ? lut2d::FinishGate::Decision::kFinish
+                               : lut2d::FinishGate::Decision::kStop);
+            for (int i = 0; i < kBandCount && finish; ++i) {
+                if (!started[i]) lut2d::addUpscaledOffsetRows(jobs[i].finish);
+            }
+            for (int i = 0; i < kBandCount; ++i) {
+                if (started[i]) pthread_join(threads[i], nullptr);
+            }
+            std::free(temporary);
+            if (!aborted) {
+                std::free(scratch);
+                return LUT2D_OK;
+            }
+        } else {
+            for (int i = 0; i < kBandCount; ++i) {
+                if (started[i]) pthread_join(threads[i], nullptr);
+            }
         }
     }
 

@@ -9,7 +9,12 @@
 #include "../common/checked_math.h"
 #include "../common/luma_offset_add.h"
 #include "../common/lut2d_log.h"
+#include "band_workers.h"
+#include "luma_offset.h"
 #include "sw_2dlut_v10.h"
+#if defined(LUT2D_PORTABLE_TESSEL)
+#include "../../platform/tessel/tessel_rows.h"
+#endif
 
 namespace {
 
@@ -17,26 +22,52 @@ constexpr int kTesselCpuFast = 3;
 
 }  // namespace
 
-int SW_2DLut_v10::YOffsetAddition_tessel(unsigned char* offsets, unsigned char* luma,
-                                         unsigned int width, unsigned int stride,
-                                         unsigned int height) {
+namespace lut2d {
+
+bool beginOffsetAddition(uint32_t width, uint32_t stride, uint32_t height, uint8_t** temporary) {
     const uint8_t modeStatus = static_cast<uint8_t>(tslSetOperationMode(kTesselCpuFast));
     if (modeStatus != 0) LUT2D_LOGE("Tessel Error %d in tslSetOperationMode", modeStatus);
 
     // The enlarged plane holds four bytes per offset; its size must fit in 32 bits.
-    const uint32_t samples = lut2d::checkedMul<uint32_t>(stride, height);
-    const uint32_t bytes = lut2d::checkedMul<uint32_t>(samples, 4u);
-
-    auto* upscaled = static_cast<uint8_t*>(std::malloc(bytes));
-    if (upscaled == nullptr) {
+    const uint32_t samples = checkedMul<uint32_t>(stride, height);
+    const uint32_t bytes = checkedMul<uint32_t>(samples, 4u);
+    *temporary = static_cast<uint8_t*>(std::malloc(bytes));
+    if (*temporary == nullptr) {
         LUT2D_LOGE("%s: %d: malloc failed \n", "YOffsetAddition_tessel", 1737);
-        return LUT2D_ERR_NO_MEMORY;
+        return false;
     }
+    // The strided upscale's destination pitch, twice the stride, must fit too.
+    if (width != stride) (void)checkedMul<uint32_t>(checkedCast<int32_t>(stride), 2u);
+    return true;
+}
+
+#if defined(LUT2D_PORTABLE_TESSEL)
+// The rows of the upscale added straight to the luma plane: what YOffsetAddition_tessel
+// leaves there, the temporary's row padding being "no change".
+void addUpscaledOffsetRows(const FinishShare& share) {
+    const uint32_t columns =
+        share.width == share.stride ? share.stride : std::min(share.width, share.stride);
+    tessel::scaleUpBy2Gaussian5x5AddRows(share.offsets, columns, share.height, share.stride,
+                                         share.luma, 2 * share.stride, share.rowBegin,
+                                         share.rowEnd);
+}
+#else
+void addUpscaledOffsetRows(const FinishShare&) {}  // the driver calls YOffsetAddition_tessel
+#endif
+
+}  // namespace lut2d
+
+int SW_2DLut_v10::YOffsetAddition_tessel(unsigned char* offsets, unsigned char* luma,
+                                         unsigned int width, unsigned int stride,
+                                         unsigned int height) {
+    uint8_t* upscaled = nullptr;
+    if (!lut2d::beginOffsetAddition(width, stride, height, &upscaled)) return LUT2D_ERR_NO_MEMORY;
+    const uint32_t bytes = 4 * stride * height;  // checked by beginOffsetAddition
 
     if (width == stride) {
         tslScaleUpBy2Gaussian5x5u8(offsets, stride, height, upscaled);
     } else {
-        const uint32_t pitch = lut2d::checkedMul<uint32_t>(lut2d::checkedCast<int32_t>(stride), 2u);
+        const uint32_t pitch = 2 * stride;  // checked by beginOffsetAddition
         // Columns the upscale does not write (row padding) hold "no change".
         // A width beyond the pitch (a caller error) is cut to the pitch.
         const uint32_t cols = std::min(width, stride);
