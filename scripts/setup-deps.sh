@@ -8,6 +8,7 @@ packages=(
   android-liblog-dev                 # <android/log.h> and a host liblog
   googletest libgtest-dev libgmock-dev libbenchmark-dev
   libcli11-dev nlohmann-json3-dev libpng-dev libjpeg62-turbo-dev
+  libopencv-dev                      # the OpenCV peer in bench/frame_bench.cpp
   binutils python3
 )
 
