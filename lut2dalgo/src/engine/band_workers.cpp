@@ -40,11 +40,17 @@ constexpr uint32_t kPending = 0x80000000u;
 enum ChromaOrder : uint32_t { kCbFirst = 0, kCrFirst = 1 };
 
 // One chunk's keys walked against a band's cache slice.
+// The arrays are kept apart by a few cache lines more than their size: at a multiple of 4 KiB
+// apart, the i-th entries of two of them would share their low address bits, and processors
+// that compare only those bits would hold loads back behind unrelated stores.
+constexpr size_t kApart = kChunk + 48;
+
 struct CacheWalk {
-    uint32_t result[kChunk];    // the stored result, or a claim
-    uint32_t missKey[kChunk];   // the chunk's misses, in order
-    uint32_t missSlot[kChunk];  // and their slots
-    uint32_t computed[kChunk];  // and their results
+    uint32_t result[kApart];    // the stored result, or a claim
+    uint32_t missKey[kApart];   // the chunk's misses, in order
+    uint32_t missSlot[kApart];  // and their slots
+    uint32_t computed[kApart];  // and their results
+    uint32_t keys[kApart];      // the chunk's keys
     size_t misses;
 };
 
@@ -109,19 +115,27 @@ LUT2D_FORCE_INLINE void forEachInOrder(size_t base, size_t valid, F&& f) {
 template <Layout kLayout>
 void walkCache(HM_RGB* cache, const uint32_t* keys, size_t count, CacheWalk& w) {
     size_t misses = 0;
-    // Without branches on the content: a key equal to the one before it simply hits the entry
-    // that one wrote.
+    HM_RGB unchanged;  // where a hit's store goes: the slot keeps what it holds
+    // Without branches on the content: the entry is read and written whole, a hit writing to
+    // `unchanged` instead of its slot; a key equal to the one before it hits what that one
+    // wrote.
     auto step = [&](uint32_t key) {
         const uint32_t slot = lut2d::cacheSlot(key);
-        HM_RGB& e = cache[slot];
-        const bool hit = e.key == key;
-        const uint32_t result = hit ? e.result : kPending | static_cast<uint32_t>(misses);
-        e.result = result;
-        e.key = key;
+        HM_RGB e;
+        std::memcpy(&e, &cache[slot], sizeof e);
+        // All ones on a miss: selects are written as masks, so that no branch depends on
+        // whether the key hit (compilers may turn a ?: into one).
+        const uint32_t miss = 0u - static_cast<uint32_t>(e.key != key);
+        const HM_RGB now{(e.result & ~miss) | ((kPending | static_cast<uint32_t>(misses)) & miss),
+                         key};
+        const auto here = reinterpret_cast<uintptr_t>(&cache[slot]);
+        const auto away = reinterpret_cast<uintptr_t>(&unchanged);
+        std::memcpy(reinterpret_cast<HM_RGB*>(away ^ ((away ^ here) & (0 - uintptr_t{miss & 1}))),
+                    &now, sizeof now);
         w.missKey[misses] = key;  // kept only when it was a miss
         w.missSlot[misses] = slot;
-        misses += hit ? 0 : 1;
-        return result;
+        misses += miss & 1;
+        return now.result;
     };
     for (size_t base = 0; base < count; base += kUnitKeys) {
         const size_t valid = count - base < kUnitKeys ? count - base : kUnitKeys;
@@ -144,9 +158,11 @@ void resolveAll(CacheWalk& w, const uint32_t* keys, size_t count) {
         forEachInOrder<kLayout>(base, valid, [&](size_t i) {  // without branches
             const uint32_t r = w.result[i];
             const uint32_t j = r & ~kPending;
-            const uint32_t at = j < w.misses ? j : 0;
-            const bool claim = (r & kPending) != 0 && j < w.misses && w.missKey[at] == keys[i];
-            w.result[i] = claim ? w.computed[at] : r;
+            const uint32_t inRange = 0u - static_cast<uint32_t>(j < w.misses);
+            const uint32_t at = j & inRange;
+            const uint32_t claim =
+                inRange & (0u - (r >> 31)) & (0u - static_cast<uint32_t>(w.missKey[at] == keys[i]));
+            w.result[i] = (r & ~claim) | (w.computed[at] & claim);
         });
     }
 }
@@ -426,7 +442,7 @@ void* run2dlut_fx_ChrUs(void* arg) {
 
     HM_RGB* cache = reinterpret_cast<HM_RGB*>(a.pScratch);
     CacheWalk walk{};
-    alignas(32) uint32_t keys[kChunk] = {};
+    uint32_t* keys = walk.keys;
     constexpr uint32_t kChunkColumns = kChunk / 2;  // four pixels per two columns
 
     for (uint32_t r = a.startRow; r < endRow; r += 2) {
@@ -459,7 +475,7 @@ void lowResolutionBand(const BandJob& job) {
 
     HM_RGB* cache = reinterpret_cast<HM_RGB*>(a.pScratch);
     CacheWalk walk{};
-    alignas(32) uint32_t keys[kChunk] = {};
+    uint32_t* keys = walk.keys;
     // Byte positions of Cb and Cr within a pair when reading; any order but Cb-first reads
     // Cr first.
     const int uByte = a.format == kCbFirst ? 0 : 1;
