@@ -66,6 +66,7 @@ using U16x8 = uint16_t __attribute__((vector_size(16)));
 using U16x4 = uint16_t __attribute__((vector_size(8)));
 using U8x8 = uint8_t __attribute__((vector_size(8)));
 using U8x4 = uint8_t __attribute__((vector_size(4)));
+using U8x16 = uint8_t __attribute__((vector_size(16)));
 constexpr size_t kUnitVectors = kUnitKeys / 4;
 
 LUT2D_FORCE_INLINE bool allSet(U32x4 m) {
@@ -314,6 +315,59 @@ void groupOutputs(const RowPair& rp, uint32_t col, const uint32_t* results) {
     }
 }
 
+// Whether a vector group's input is one colour: both luma rows one value over its sixteen
+// columns and the three chroma rows one pair over its pairs and their neighbours (columns
+// col - 2 .. col + 17). Its 32 keys are then one key.
+LUT2D_FORCE_INLINE bool groupInputIsOneColour(const RowPair& rp, uint32_t col) {
+    U8x16 top, bottom;
+    std::memcpy(&top, rp.lumaTop + col, sizeof top);
+    std::memcpy(&bottom, rp.lumaBottom + col, sizeof bottom);
+    const U8x16 y = U8x16{} + rp.lumaTop[col];
+    U32x4 same = reinterpret_cast<U32x4>((top == y) & (bottom == y));
+    const uint16_t pair = static_cast<uint16_t>(rp.centre[col] | rp.centre[col + 1] << 8);
+    const U16x8 pairs = U16x8{} + pair;
+    for (const uint8_t* row : {rp.up, rp.centre, rp.down}) {
+        U16x8 left, right;  // pairs col - 2 .. col + 13 and col + 2 .. col + 17
+        std::memcpy(&left, row + col - 2, sizeof left);
+        std::memcpy(&right, row + col + 2, sizeof right);
+        same &= reinterpret_cast<U32x4>((left == pairs) & (right == pairs));
+    }
+    return allSet(same);
+}
+
+// Outputs of a vector group whose 32 results are one result: every luma byte and every
+// chroma pair the same.
+LUT2D_FORCE_INLINE bool groupResultsAreOne(const uint32_t* results) {
+    return unitIsOneKey(results);
+}
+
+// The key of every pixel of a one-colour group: each upsampled chroma value is 16 x the byte
+// shifted right by 2.
+LUT2D_FORCE_INLINE uint32_t uniformGroupKey(const RowPair& rp, uint32_t col) {
+    const int uByte = rp.format == kCrFirst ? 1 : 0;
+    const bool hasChroma = rp.format <= kCrFirst;
+    const int32_t u = hasChroma ? 4 * rp.centre[col + uByte] : 0;
+    const int32_t v = hasChroma ? 4 * rp.centre[col + 1 - uByte] : 0;
+    return lut2d::packYuv10(4 * rp.lumaTop[col], u, v);
+}
+
+// The outputs of a group whose 32 results are one result (blockOutputs of equal results).
+LUT2D_FORCE_INLINE void uniformGroupOutputs(const RowPair& rp, uint32_t col, uint32_t result) {
+    const lut2d::Yuv10 out = lut2d::unpackYuv10(result);
+    const auto y = static_cast<uint8_t>(out.y >> 2);
+    std::memset(rp.lumaOutTop + col, y, kGroupColumns);
+    std::memset(rp.lumaOutBottom + col, y, kGroupColumns);
+    if (rp.format <= kCrFirst) {
+        const int32_t uo = ((out.u + out.u) / 2 + (out.u + out.u) / 2) / 8;
+        const int32_t vo = ((out.v + out.v) / 2 + (out.v + out.v) / 2) / 8;
+        const auto pair =
+            static_cast<uint16_t>(rp.format == kCrFirst ? (vo & 0xFF) | (uo & 0xFF) << 8
+                                                        : (uo & 0xFF) | (vo & 0xFF) << 8);
+        const U16x8 pairs = U16x8{} + pair;
+        std::memcpy(rp.chromaOut + col, &pairs, sizeof pairs);
+    }
+}
+
 // One chunk of a row pair: columns [c0, c1).
 void fullResolutionChunk(const BandJob& job, HM_RGB* cache, const RowPair& rp, uint32_t c0,
                          uint32_t c1, uint32_t* keys, CacheWalk& walk) {
@@ -326,8 +380,14 @@ void fullResolutionChunk(const BandJob& job, HM_RGB* cache, const RowPair& rp, u
         return col >= 2 && col + kGroupColumns < rp.width && (g + 1) * kGroupBlocks <= blocks;
     };
     for (uint32_t g = 0; g < groups; ++g) {
-        if (vectorGroup(g)) {
-            groupKeys(rp, c0 + g * kGroupColumns, keys + groupIndex(g, 0, 0));
+        const uint32_t col = c0 + g * kGroupColumns;
+        if (vectorGroup(g) && groupInputIsOneColour(rp, col)) {
+            const U32x4 k = U32x4{} + uniformGroupKey(rp, col);
+            for (uint32_t i = 0; i < kGroupKeys; i += 4) {
+                std::memcpy(keys + groupIndex(g, 0, 0) + i, &k, sizeof k);
+            }
+        } else if (vectorGroup(g)) {
+            groupKeys(rp, col, keys + groupIndex(g, 0, 0));
         } else {
             for (uint32_t k = 0; k < kGroupBlocks && g * kGroupBlocks + k < blocks; ++k) {
                 blockKeys(rp, c0 + g * kGroupColumns + 2 * k, keys + groupIndex(g, 0, k),
@@ -341,8 +401,11 @@ void fullResolutionChunk(const BandJob& job, HM_RGB* cache, const RowPair& rp, u
     writeBack(cache, walk);
     resolveAll<Layout::kBlocksOfFour>(walk, keys, count);
     for (uint32_t g = 0; g < groups; ++g) {
-        if (vectorGroup(g)) {
-            groupOutputs(rp, c0 + g * kGroupColumns, walk.result + groupIndex(g, 0, 0));
+        const uint32_t* results = walk.result + groupIndex(g, 0, 0);
+        if (vectorGroup(g) && groupResultsAreOne(results)) {
+            uniformGroupOutputs(rp, c0 + g * kGroupColumns, results[0]);
+        } else if (vectorGroup(g)) {
+            groupOutputs(rp, c0 + g * kGroupColumns, results);
         } else {
             for (uint32_t k = 0; k < kGroupBlocks && g * kGroupBlocks + k < blocks; ++k) {
                 blockOutputs(rp, c0 + g * kGroupColumns + 2 * k, walk.result + groupIndex(g, 0, k),
