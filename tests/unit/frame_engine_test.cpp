@@ -15,26 +15,10 @@
 
 namespace {
 
+using lut2d_test::busyRecord;
+using lut2d_test::fillRandom;
 using lut2d_test::Frame;
 using lut2d_test::FrameReference;
-
-// A record that moves every hue and saturation by varying amounts.
-ISP2DLUTInStruct_V10 busyRecord(uint32_t seed) {
-    ISP2DLUTInStruct_V10 r = lut2d_test::neutralRecord();
-    std::mt19937 rng(seed);
-    std::uniform_int_distribution<int> offset(-300, 300);
-    for (auto& v : r.lut_2d_h) v = static_cast<int16_t>(offset(rng));
-    for (auto& v : r.lut_2d_s) v = static_cast<int16_t>(offset(rng));
-    r.h_shift = 2;
-    r.s_shift = 1;
-    return r;
-}
-
-void fillRandom(Frame& f, uint32_t seed) {
-    std::mt19937 rng(seed);
-    for (auto& b : f.luma) b = static_cast<uint8_t>(rng());
-    for (auto& b : f.chroma) b = static_cast<uint8_t>(rng());
-}
 
 // Smooth content with few distinct colours per row, closer to a camera frame.
 void fillGradient(Frame& f) {
