@@ -1,47 +1,21 @@
-// The frame engine end to end: banding, both band workers, chroma copy-back, luma offset
-// upscale-and-add, byte orders, borders, cache persistence and aborts.
+// Odd frame sizes on exact-size planes, and the luma offset upscale-and-add. The whole engine
+// is checked against the reference engine in engine_equivalence_test.cpp.
 
 #include <gtest/gtest.h>
 
-#include <atomic>
-#include <cstring>
+#include <algorithm>
 #include <random>
-#include <thread>
+#include <tuple>
 
 #include "engine/sw_2dlut_v10.h"
-#include "support/frame_reference.h"
-#include "support/log_capture.h"
+#include "support/gaussian_expand.h"
 #include "support/records.h"
 
 namespace {
 
+using lut2d_test::busyRecord;
+using lut2d_test::fillRandom;
 using lut2d_test::Frame;
-using lut2d_test::FrameReference;
-
-// A record that moves every hue and saturation by varying amounts.
-ISP2DLUTInStruct_V10 busyRecord(uint32_t seed) {
-    ISP2DLUTInStruct_V10 r = lut2d_test::neutralRecord();
-    std::mt19937 rng(seed);
-    std::uniform_int_distribution<int> offset(-300, 300);
-    for (auto& v : r.lut_2d_h) v = static_cast<int16_t>(offset(rng));
-    for (auto& v : r.lut_2d_s) v = static_cast<int16_t>(offset(rng));
-    r.h_shift = 2;
-    r.s_shift = 1;
-    return r;
-}
-
-void fillRandom(Frame& f, uint32_t seed) {
-    std::mt19937 rng(seed);
-    for (auto& b : f.luma) b = static_cast<uint8_t>(rng());
-    for (auto& b : f.chroma) b = static_cast<uint8_t>(rng());
-}
-
-// Smooth content with few distinct colours per row, closer to a camera frame.
-void fillGradient(Frame& f) {
-    for (size_t i = 0; i < f.luma.size(); ++i) f.luma[i] = static_cast<uint8_t>(16 + i * 3 % 220);
-    for (size_t i = 0; i < f.chroma.size(); ++i)
-        f.chroma[i] = static_cast<uint8_t>(90 + i / 7 % 80);
-}
 
 struct Handle {
     void* h = nullptr;
@@ -49,58 +23,11 @@ struct Handle {
         EXPECT_EQ(InitLut2D(&h, rec, info, mode), 0);
     }
     ~Handle() { releaseLut2d(h); }
-    SW_2DLut_v10* engine() { return static_cast<SW_2DLut_v10*>(h); }
-    int process(Frame& f, unsigned flags = 0) {
+    int process(Frame& f) {
         Lut2DImageData d = f.data();
-        return processLut2d(h, &d, flags);
+        return processLut2d(h, &d, 0);
     }
 };
-
-struct Geometry {
-    uint32_t width, height, stride, format;
-    Lut2DMode mode;
-};
-
-class FrameMatchesReference : public ::testing::TestWithParam<Geometry> {};
-
-// The banded, cached, threaded engine gives exactly what a plain pass over the frame gives,
-// at every band border and frame border, including row padding that must stay untouched.
-TEST_P(FrameMatchesReference, RandomAndSmoothContent) {
-    const Geometry g = GetParam();
-    const Lut2DImageInfo info{g.width, g.height, g.stride, g.format};
-    ISP2DLUTInStruct_V10 rec = busyRecord(g.width * 31 + g.height);
-    Handle handle(&rec, info, g.mode);
-    FrameReference reference(&rec, g.mode, info);
-    for (int content = 0; content < 2; ++content) {
-        Frame actual(g.width, g.height, g.stride, g.format);
-        if (content == 0) fillRandom(actual, g.height * 7 + g.format);
-        if (content == 1) fillGradient(actual);
-        Frame expected = actual;
-        reference.apply(expected);
-        ASSERT_EQ(handle.process(actual), 0);
-        EXPECT_EQ(actual.luma, expected.luma) << "content " << content;
-        EXPECT_EQ(actual.chroma, expected.chroma) << "content " << content;
-    }
-}
-
-INSTANTIATE_TEST_SUITE_P(
-    Geometries, FrameMatchesReference,
-    ::testing::Values(Geometry{64, 36, 64, 0, LUT2D_MODE_CHRUS},
-                      Geometry{70, 22, 80, 1, LUT2D_MODE_CHRUS},  // uneven last band, padding
-                      Geometry{2, 2, 2, 0, LUT2D_MODE_CHRUS},     // one block, two empty bands
-                      Geometry{16, 4, 16, 0, LUT2D_MODE_CHRUS},   // third band past the frame
-                      Geometry{64, 36, 64, 0, LUT2D_MODE_YDS},
-                      Geometry{70, 22, 80, 1, LUT2D_MODE_YDS}, Geometry{2, 2, 2, 1, LUT2D_MODE_YDS},
-                      Geometry{30, 18, 36, 0, LUT2D_MODE_YDS},
-                      // no supported byte order: chroma stays, luma as if chroma were 0
-                      Geometry{32, 16, 40, 2, LUT2D_MODE_CHRUS},
-                      Geometry{32, 16, 40, 2, LUT2D_MODE_YDS}),
-    [](const ::testing::TestParamInfo<Geometry>& p) {
-        const Geometry& g = p.param;
-        return std::string(g.mode == LUT2D_MODE_CHRUS ? "full_" : "low_") +
-               std::to_string(g.width) + "x" + std::to_string(g.height) + "_pitch" +
-               std::to_string(g.stride) + "_format" + std::to_string(g.format);
-    });
 
 TEST(FrameEngine, OddSizesStayInsideThePlanes) {
     // Exact-size planes: any read or write past them is caught by the address sanitizer.
@@ -122,92 +49,6 @@ TEST(FrameEngine, OddSizesStayInsideThePlanes) {
                     EXPECT_EQ(f.luma[y * s + w - 1], before.luma[y * s + w - 1]);
             }
         }
-    }
-}
-
-TEST(FrameEngine, CachedColoursKeepTheirResultAfterTheRecordChanges) {
-    ISP2DLUTInStruct_V10 rec = busyRecord(1);
-    Frame first(32, 16, 32, 0);
-    fillGradient(first);
-    const Frame input = first;
-    Handle h(&rec, first.info, LUT2D_MODE_CHRUS);
-    ASSERT_EQ(h.process(first), 0);
-
-    ISP2DLUTInStruct_V10 edited = busyRecord(2);
-    std::memcpy(rec.lut_2d_h, edited.lut_2d_h, sizeof rec.lut_2d_h);
-    std::memcpy(rec.lut_2d_s, edited.lut_2d_s, sizeof rec.lut_2d_s);
-    Frame again = input;
-    ASSERT_EQ(h.process(again, 1), 0);
-    EXPECT_EQ(again.luma, first.luma);  // every colour was cached by the first frame
-    EXPECT_EQ(again.chroma, first.chroma);
-
-    Frame fresh = input;  // a new handle sees the edited grid
-    Handle h2(&rec, fresh.info, LUT2D_MODE_CHRUS);
-    ASSERT_EQ(h2.process(fresh), 0);
-    EXPECT_NE(fresh.luma, first.luma);
-}
-
-TEST(FrameEngine, AbortBeforeTheStartTouchesNothing) {
-    ISP2DLUTInStruct_V10 rec = busyRecord(3);
-    Frame f(32, 16, 32, 0);
-    fillRandom(f, 2);
-    const Frame before = f;
-    Handle h(&rec, f.info, LUT2D_MODE_CHRUS);
-    lut2d_test::clearLog();
-    h.engine()->m_abort = 1;
-    Lut2DImageData d = f.data();
-    EXPECT_EQ(h.engine()->run2dlut_fx(&d), 6);
-    EXPECT_EQ(f.luma, before.luma);
-    EXPECT_EQ(f.chroma, before.chroma);
-    EXPECT_EQ(lut2d_test::logTexts(),
-              std::vector<std::string>{"Aborting Execution at start of run2dlut_fx \n"});
-}
-
-// Aborts from another thread while frames run. A frame either completes, is stopped before
-// its workers start (untouched), or is stopped after the join with the partial result: in
-// full resolution the luma rewritten and the chroma as it was, in low resolution the
-// chroma rewritten and the luma as it was.
-TEST(FrameEngine, ConcurrentAbortsLeaveConsistentFrames) {
-    ISP2DLUTInStruct_V10 rec = busyRecord(7);
-    for (Lut2DMode mode : {LUT2D_MODE_YDS, LUT2D_MODE_CHRUS}) {
-        Frame input(256, 128, 256, 0);
-        fillRandom(input, 21);
-        Frame full = input;
-        {
-            Handle ref(&rec, input.info, mode);
-            ASSERT_EQ(ref.process(full), 0);
-        }
-        Handle h(&rec, input.info, mode);
-        int late = 0;
-        for (int attempt = 0; attempt < 30; ++attempt) {
-            Frame f = input;
-            std::atomic<bool> go{false};
-            std::thread aborter([&] {
-                while (!go) std::this_thread::yield();
-                std::this_thread::sleep_for(std::chrono::microseconds(50 * (attempt % 8)));
-                EXPECT_EQ(AbortLut2d(h.h), 6);
-            });
-            go = true;
-            const int status = h.process(f);
-            aborter.join();
-            if (status == 0) {
-                EXPECT_EQ(f.luma, full.luma);
-                EXPECT_EQ(f.chroma, full.chroma);
-                continue;
-            }
-            ASSERT_EQ(status, 6);
-            const bool untouched = f.luma == input.luma && f.chroma == input.chroma;
-            if (untouched) continue;
-            ++late;
-            if (mode == LUT2D_MODE_CHRUS) {
-                EXPECT_EQ(f.luma, full.luma);
-                EXPECT_EQ(f.chroma, input.chroma);
-            } else {
-                EXPECT_EQ(f.luma, input.luma);
-                EXPECT_EQ(f.chroma, full.chroma);
-            }
-        }
-        RecordProperty(mode == LUT2D_MODE_CHRUS ? "late_aborts_full" : "late_aborts_low", late);
     }
 }
 
