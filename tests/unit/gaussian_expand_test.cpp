@@ -9,7 +9,7 @@
 
 #include "common/luma_offset_add.h"
 #include "engine/sw_2dlut_v10.h"
-#include "support/frame_reference.h"
+#include "support/gaussian_expand.h"
 #include "tessel/tessel.h"
 #include "tessel/tessel_rows.h"
 
