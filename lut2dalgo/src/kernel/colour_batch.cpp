@@ -88,8 +88,7 @@ void AdjustColours_C(const BatchTables& t, const uint32_t* keys, uint32_t* resul
     }
 }
 
-void AdjustBlocks_C(const BatchTables& t, const uint32_t* keys, uint32_t* results,
-                    size_t count) {
+void AdjustBlocks_C(const BatchTables& t, const uint32_t* keys, uint32_t* results, size_t count) {
     for (size_t i = 0; i < count; ++i) {
         uint32_t adjusted;
         const uint32_t colour = blockColour(keys[i]);

@@ -61,9 +61,9 @@ void prepareBatchTables(BatchTables& t, const KernelTables& k);
 using AdjustColoursFn = void (*)(const BatchTables& t, const uint32_t* keys, uint32_t* results,
                                  size_t count);
 
-#define LUT2D_DECLARE_ADJUST(isa)                                                          \
+#define LUT2D_DECLARE_ADJUST(isa)                                                           \
     void AdjustColours_##isa(const BatchTables& t, const uint32_t* keys, uint32_t* results, \
-                             size_t count);                                                \
+                             size_t count);                                                 \
     void AdjustBlocks_##isa(const BatchTables& t, const uint32_t* keys, uint32_t* results,  \
                             size_t count);
 LUT2D_DECLARE_ADJUST(C)

@@ -213,8 +213,8 @@ LUT2D_FORCE_INLINE V blockResults(V key, V adjusted) {
 }
 
 template <class Lanes, bool kBlocks>
-LUT2D_FORCE_INLINE void adjustColours(const BatchTables& t, const uint32_t* keys,
-                                      uint32_t* results, size_t count) {
+LUT2D_FORCE_INLINE void adjustColours(const BatchTables& t, const uint32_t* keys, uint32_t* results,
+                                      size_t count) {
     constexpr size_t kBlock = kBlockGroups * kLanes;
     V in[kBlockGroups], colour[kBlockGroups], out[kBlockGroups];
     for (size_t i = 0; i < count; i += kBlock) {
