@@ -32,8 +32,9 @@ constexpr size_t kChunk = 1024;
 
 // A result that is a claim of this chunk: kPending | the miss's index. Real results never
 // have the top bit (10-bit fields in 30 bits, 8-bit fields in 24). A claim is resolved only
-// when it names a miss of this chunk with the same key: a stored result that merely has the
-// top bit set (a host may write the slice) stays what it is.
+// when it names a miss of this chunk with the same key that came no later than the key
+// resolved: a stored result that merely has the top bit set (a host may write the slice)
+// stays what it is.
 constexpr uint32_t kPending = 0x80000000u;
 
 // Chroma byte order of a pair.
@@ -46,11 +47,12 @@ enum ChromaOrder : uint32_t { kCbFirst = 0, kCrFirst = 1 };
 constexpr size_t kApart = kChunk + 48;
 
 struct CacheWalk {
-    uint32_t result[kApart];    // the stored result, or a claim
-    uint32_t missKey[kApart];   // the chunk's misses, in order
-    uint32_t missSlot[kApart];  // and their slots
-    uint32_t computed[kApart];  // and their results
-    uint32_t keys[kApart];      // the chunk's keys
+    uint32_t result[kApart];     // the stored result, or a claim
+    uint32_t missKey[kApart];    // the chunk's misses, in order
+    uint32_t missSlot[kApart];   // and their slots
+    uint32_t missVisit[kApart];  // and when, in the walk's order, they claimed them
+    uint32_t computed[kApart];   // and their results
+    uint32_t keys[kApart];       // the chunk's keys
     size_t misses;
 };
 
@@ -98,6 +100,14 @@ LUT2D_FORCE_INLINE bool unitHasClaims(const uint32_t* results) {
     return anySet(any & kPending);
 }
 
+// Where the key at index i comes in the order the cache meets a chunk's keys.
+template <Layout kLayout>
+LUT2D_FORCE_INLINE uint32_t visitOf(size_t i) {
+    if (kLayout == Layout::kInOrder) return static_cast<uint32_t>(i);
+    const size_t base = i / kUnitKeys * kUnitKeys, inUnit = i % kUnitKeys;
+    return static_cast<uint32_t>(base + inUnit % (kUnitKeys / 4) * 4 + inUnit / (kUnitKeys / 4));
+}
+
 // Calls f with the index of each of the unit's `valid` keys, in the order the cache meets
 // them.
 template <Layout kLayout, class F>
@@ -120,7 +130,7 @@ void walkCache(HM_RGB* cache, const uint32_t* keys, size_t count, CacheWalk& w) 
     // Without branches on the content: the entry is read and written whole, a hit writing to
     // `unchanged` instead of its slot; a key equal to the one before it hits what that one
     // wrote.
-    auto step = [&](uint32_t key) {
+    auto step = [&](uint32_t key, size_t i) {
         const uint32_t slot = lut2d::cacheSlot(key);
         HM_RGB e;
         std::memcpy(&e, &cache[slot], sizeof e);
@@ -135,17 +145,18 @@ void walkCache(HM_RGB* cache, const uint32_t* keys, size_t count, CacheWalk& w) 
                     &now, sizeof now);
         w.missKey[misses] = key;  // kept only when it was a miss
         w.missSlot[misses] = slot;
+        w.missVisit[misses] = visitOf<kLayout>(i);
         misses += miss & 1;
         return now.result;
     };
     for (size_t base = 0; base < count; base += kUnitKeys) {
         const size_t valid = count - base < kUnitKeys ? count - base : kUnitKeys;
         if (valid == kUnitKeys && unitIsOneKey(keys + base)) {
-            const uint32_t r = step(keys[base]);
+            const uint32_t r = step(keys[base], base);
             for (size_t i = 0; i < kUnitKeys; ++i) w.result[base + i] = r;
             continue;
         }
-        forEachInOrder<kLayout>(base, valid, [&](size_t i) { w.result[i] = step(keys[i]); });
+        forEachInOrder<kLayout>(base, valid, [&](size_t i) { w.result[i] = step(keys[i], i); });
     }
     w.misses = misses;
 }
@@ -161,8 +172,13 @@ void resolveAll(CacheWalk& w, const uint32_t* keys, size_t count) {
             const uint32_t j = r & ~kPending;
             const uint32_t inRange = 0u - static_cast<uint32_t>(j < w.misses);
             const uint32_t at = j & inRange;
+            // A claim is taken from a miss of the same key that came at or before this key: a
+            // stored result that merely looks like a claim (a host may write the slice) stays
+            // what it is, even if its key misses later in the chunk.
             const uint32_t claim =
-                inRange & (0u - (r >> 31)) & (0u - static_cast<uint32_t>(w.missKey[at] == keys[i]));
+                inRange & (0u - (r >> 31)) &
+                (0u - static_cast<uint32_t>(w.missKey[at] == keys[i])) &
+                (0u - static_cast<uint32_t>(w.missVisit[at] <= visitOf<kLayout>(i)));
             w.result[i] = (r & ~claim) | (w.computed[at] & claim);
         });
     }
@@ -181,7 +197,6 @@ void writeBack(HM_RGB* cache, const CacheWalk& w) {
 constexpr uint32_t kGroupBlocks = 8;
 constexpr uint32_t kGroupColumns = 2 * kGroupBlocks;
 constexpr uint32_t kGroupKeys = 4 * kGroupBlocks;
-constexpr uint32_t kChunkGroups = kChunk / kGroupKeys;
 
 inline size_t groupIndex(uint32_t group, uint32_t position, uint32_t block) {
     return size_t{group} * kGroupKeys + position * kGroupBlocks + block;
