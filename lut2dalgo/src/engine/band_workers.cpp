@@ -51,9 +51,11 @@ struct CacheWalk {
     uint32_t missKey[kApart];    // the chunk's misses, in order
     uint32_t missSlot[kApart];   // and their slots
     uint32_t missVisit[kApart];  // and when, in the walk's order, they claimed them
+    uint32_t marked[kApart];     // indices of the results that carry a claim's mark
     uint32_t computed[kApart];   // and their results
     uint32_t keys[kApart];       // the chunk's keys
     size_t misses;
+    size_t markedCount;
 };
 
 // Keys are walked a unit of 32 at a time: in the full-resolution mode a unit is a group of
@@ -77,12 +79,6 @@ LUT2D_FORCE_INLINE bool allSet(U32x4 m) {
     return (q[0] & q[1]) == ~uint64_t{0};
 }
 
-LUT2D_FORCE_INLINE bool anySet(U32x4 m) {
-    uint64_t q[2];
-    std::memcpy(q, &m, sizeof q);
-    return (q[0] | q[1]) != 0;
-}
-
 LUT2D_FORCE_INLINE bool unitIsOneKey(const uint32_t* keys) {
     U32x4 v[kUnitVectors];
     std::memcpy(v, keys, sizeof v);
@@ -90,14 +86,6 @@ LUT2D_FORCE_INLINE bool unitIsOneKey(const uint32_t* keys) {
     U32x4 same = v[0] == first;
     for (size_t i = 1; i < kUnitVectors; ++i) same &= v[i] == first;
     return allSet(same);
-}
-
-LUT2D_FORCE_INLINE bool unitHasClaims(const uint32_t* results) {
-    U32x4 v[kUnitVectors];
-    std::memcpy(v, results, sizeof v);
-    U32x4 any = v[0];
-    for (size_t i = 1; i < kUnitVectors; ++i) any |= v[i];
-    return anySet(any & kPending);
 }
 
 // Where the key at index i comes in the order the cache meets a chunk's keys.
@@ -126,6 +114,7 @@ LUT2D_FORCE_INLINE void forEachInOrder(size_t base, size_t valid, F&& f) {
 template <Layout kLayout>
 void walkCache(HM_RGB* cache, const uint32_t* keys, size_t count, CacheWalk& w) {
     size_t misses = 0;
+    size_t marked = 0;
     HM_RGB unchanged;  // where a hit's store goes: the slot keeps what it holds
     // Without branches on the content: the entry is read and written whole, a hit writing to
     // `unchanged` instead of its slot; a key equal to the one before it hits what that one
@@ -147,6 +136,8 @@ void walkCache(HM_RGB* cache, const uint32_t* keys, size_t count, CacheWalk& w) 
         w.missSlot[misses] = slot;
         w.missVisit[misses] = visitOf<kLayout>(i);
         misses += miss & 1;
+        w.marked[marked] = static_cast<uint32_t>(i);  // kept only when the result is marked
+        marked += now.result >> 31;
         return now.result;
     };
     for (size_t base = 0; base < count; base += kUnitKeys) {
@@ -154,33 +145,34 @@ void walkCache(HM_RGB* cache, const uint32_t* keys, size_t count, CacheWalk& w) 
         if (valid == kUnitKeys && unitIsOneKey(keys + base)) {
             const uint32_t r = step(keys[base], base);
             for (size_t i = 0; i < kUnitKeys; ++i) w.result[base + i] = r;
+            if ((r & kPending) != 0) {  // the rest of the unit carries the mark too
+                for (size_t i = 1; i < kUnitKeys; ++i)
+                    w.marked[marked++] = static_cast<uint32_t>(base + i);
+            }
             continue;
         }
         forEachInOrder<kLayout>(base, valid, [&](size_t i) { w.result[i] = step(keys[i], i); });
     }
     w.misses = misses;
+    w.markedCount = marked;
 }
 
-// Replaces every claim among the results by its miss's result.
+// Replaces every claim among the results by its miss's result: only the results the walk
+// marked are looked at.
 template <Layout kLayout>
-void resolveAll(CacheWalk& w, const uint32_t* keys, size_t count) {
-    for (size_t base = 0; base < count; base += kUnitKeys) {
-        const size_t valid = count - base < kUnitKeys ? count - base : kUnitKeys;
-        if (valid == kUnitKeys && !unitHasClaims(w.result + base)) continue;
-        forEachInOrder<kLayout>(base, valid, [&](size_t i) {  // without branches
-            const uint32_t r = w.result[i];
-            const uint32_t j = r & ~kPending;
-            const uint32_t inRange = 0u - static_cast<uint32_t>(j < w.misses);
-            const uint32_t at = j & inRange;
-            // A claim is taken from a miss of the same key that came at or before this key: a
-            // stored result that merely looks like a claim (a host may write the slice) stays
-            // what it is, even if its key misses later in the chunk.
-            const uint32_t claim =
-                inRange & (0u - (r >> 31)) &
-                (0u - static_cast<uint32_t>(w.missKey[at] == keys[i])) &
-                (0u - static_cast<uint32_t>(w.missVisit[at] <= visitOf<kLayout>(i)));
-            w.result[i] = (r & ~claim) | (w.computed[at] & claim);
-        });
+void resolveAll(CacheWalk& w, const uint32_t* keys) {
+    for (size_t q = 0; q < w.markedCount; ++q) {  // without branches on the content
+        const uint32_t i = w.marked[q];
+        const uint32_t r = w.result[i];
+        const uint32_t j = r & ~kPending;
+        const uint32_t inRange = 0u - static_cast<uint32_t>(j < w.misses);
+        const uint32_t at = j & inRange;
+        // A claim is taken from a miss of the same key that came at or before this key: a
+        // stored result that merely looks like a claim (a host may write the slice) stays
+        // what it is, even if its key misses later in the chunk.
+        const uint32_t claim = inRange & (0u - static_cast<uint32_t>(w.missKey[at] == keys[i])) &
+                               (0u - static_cast<uint32_t>(w.missVisit[at] <= visitOf<kLayout>(i)));
+        w.result[i] = (r & ~claim) | (w.computed[at] & claim);
     }
 }
 
@@ -414,7 +406,7 @@ void fullResolutionChunk(const BandJob& job, HM_RGB* cache, const RowPair& rp, u
     walkCache<Layout::kBlocksOfFour>(cache, keys, count, walk);
     job.kernel.colours(*job.tables, walk.missKey, walk.computed, walk.misses);
     writeBack(cache, walk);
-    resolveAll<Layout::kBlocksOfFour>(walk, keys, count);
+    resolveAll<Layout::kBlocksOfFour>(walk, keys);
     for (uint32_t g = 0; g < groups; ++g) {
         const uint32_t* results = walk.result + groupIndex(g, 0, 0);
         if (vectorGroup(g) && groupResultsAreOne(results)) {
@@ -571,7 +563,7 @@ void lowResolutionBand(const BandJob& job) {
             walkCache<Layout::kInOrder>(cache, keys, n, walk);
             job.kernel.blocks(*job.tables, walk.missKey, walk.computed, walk.misses);
             writeBack(cache, walk);
-            resolveAll<Layout::kInOrder>(walk, keys, n);
+            resolveAll<Layout::kInOrder>(walk, keys);
             lowResolutionOutputs(walk.result, b0, b1, a.format, offsets, chromaOut);
         }
     }
