@@ -445,33 +445,3 @@ TEST(EngineEquivalence, StoredResultLookingLikeALaterClaimStaysStored) {
     expectSameFrame(actual, expected);
     expectSameCaches(handle, reference);
 }
-
-// The same on many slots at once: every slot s holds key s with a result that looks like a
-// claim, which colours of black luma and small chroma values meet, among others that evict
-// them and are claimed afresh.
-TEST(EngineEquivalence, StoredResultsThatLookLikeClaimsStayStoredResults) {
-    for (Lut2DMode mode : {LUT2D_MODE_YDS, LUT2D_MODE_CHRUS}) {
-        ISP2DLUTInStruct_V10 record = lut2d_test::busyRecord(5);
-        const Lut2DImageInfo info{64, 8, 64, 0};
-        Handle handle(&record, info, mode);
-        ReferenceEngine reference(&record, mode, info);
-        for (int band = 0; band < lut2d::kBandCount; ++band) {
-            for (uint32_t s = 0; s < lut2d::kCacheModulus; ++s) {
-                const HM_RGB entry{0x80000000u | (s % 5), s};
-                handle.slice(band)[s] = entry;
-                reference.slice(band)[s] = entry;
-            }
-        }
-        std::mt19937 rng(mode + 1);
-        for (int frame = 0; frame < 3; ++frame) {
-            Frame actual = makeFrame(info);
-            std::fill(actual.luma.begin(), actual.luma.end(), 0);
-            const int largest = mode == LUT2D_MODE_YDS ? 255 : 24;
-            for (auto& c : actual.chroma) c = static_cast<uint8_t>(pick(rng, 0, largest));
-            Frame expected = actual;
-            ASSERT_EQ(handle.process(actual, 0), reference.run(expected, 0));
-            expectSameFrame(actual, expected);
-            expectSameCaches(handle, reference);
-        }
-    }
-}
