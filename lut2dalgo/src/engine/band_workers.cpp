@@ -40,20 +40,15 @@ constexpr uint32_t kPending = 0x80000000u;
 // Chroma byte order of a pair.
 enum ChromaOrder : uint32_t { kCbFirst = 0, kCrFirst = 1 };
 
-// One chunk's keys walked against a band's cache slice.
-// The arrays are kept apart by a few cache lines more than their size: at a multiple of 4 KiB
-// apart, the i-th entries of two of them would share their low address bits, and processors
-// that compare only those bits would hold loads back behind unrelated stores.
-constexpr size_t kApart = kChunk + 48;
-
+// One chunk's keys walked against a band's cache slice (about 28 KB, on the worker's stack).
 struct CacheWalk {
-    uint32_t result[kApart];     // the stored result, or a claim
-    uint32_t missKey[kApart];    // the chunk's misses, in order
-    uint32_t missSlot[kApart];   // and their slots
-    uint32_t missVisit[kApart];  // and when, in the walk's order, they claimed them
-    uint32_t marked[kApart];     // indices of the results that carry a claim's mark
-    uint32_t computed[kApart];   // and their results
-    uint32_t keys[kApart];       // the chunk's keys
+    uint32_t keys[kChunk];       // the chunk's keys
+    uint32_t result[kChunk];     // each key's stored result, or a claim
+    uint32_t missKey[kChunk];    // the chunk's misses, in order
+    uint32_t missSlot[kChunk];   // and their slots
+    uint32_t missVisit[kChunk];  // and when, in the walk's order, they claimed them
+    uint32_t computed[kChunk];   // and their results
+    uint32_t marked[kChunk];     // indices of the results that carry a claim's mark
     size_t misses;
     size_t markedCount;
 };
