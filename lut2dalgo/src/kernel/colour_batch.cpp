@@ -3,6 +3,7 @@
 
 #include "colour_batch.h"
 
+#include <algorithm>
 #include <cstring>
 
 #include "../common/int_math.h"
@@ -13,20 +14,18 @@ namespace lut2d {
 
 namespace {
 
-// Packs a 16-bit base and a 16-bit difference into one cell word.
-int32_t baseAndDifference(int32_t a, int32_t b) {
-    const auto base = static_cast<uint32_t>(static_cast<uint16_t>(a));
+// A 16-bit base and a 16-bit difference in one cell word: base | (b - a) << 16. The base is
+// kept to its low `baseBits` bits (the bit above it stays free for a flag).
+int32_t baseAndDifference(int32_t a, int32_t b, uint32_t baseBits = 16) {
+    const uint32_t base = static_cast<uint32_t>(a) & ((1u << baseBits) - 1u);
     const auto diff = static_cast<uint32_t>(
         static_cast<uint16_t>(static_cast<uint32_t>(b) - static_cast<uint32_t>(a)));
     return static_cast<int32_t>(base | diff << 16);
 }
 
-int32_t nodeAndReciprocal(uint16_t node, uint32_t reciprocal) {
-    return static_cast<int32_t>(uint32_t{node} | reciprocal << 16);
-}
-
-// The vector forms hold the constant tables; they are exact only while the engine's tables
-// are those constants and no weight can carry a weighted offset past 32 bits.
+// The vector forms hold the constant tables and carry weights and saturation offsets in
+// fewer bits; they are exact only while the engine's tables are those constants and the
+// record's values fit.
 bool vectorFormsAreExact(const KernelTables& k) {
     const size_t divBytes = kDivTableSize * sizeof(uint32_t);
     if (std::memcmp(k.recipSat, kReciprocalTable.data(), divBytes) != 0 ||
@@ -41,7 +40,12 @@ bool vectorFormsAreExact(const KernelTables& k) {
     for (uint32_t l = 0; l < kLightWeightEntries; ++l) {
         heaviest = k.lightWeight[l] > heaviest ? k.lightWeight[l] : heaviest;
     }
-    return heaviest <= kMaxVectorWeight;
+    int32_t widest = 0;
+    for (uint32_t i = 0; i < kGridCells; ++i) {
+        const int32_t s = scaledSatOffset(*k.cfg, i);
+        widest = std::max(widest, s < 0 ? -(s + 1) : s);  // s = INT32_MIN cannot fit either
+    }
+    return heaviest <= kMaxVectorWeight && widest <= kMaxVectorSatOffset;
 }
 
 }  // namespace
@@ -50,32 +54,34 @@ void prepareBatchTables(BatchTables& t, const KernelTables& k) {
     t.tables = k;
     const ISP2DLUTInStruct_V10& cfg = *k.cfg;
     t.vectorExact = vectorFormsAreExact(k);
-    t.satLowest = cfg.lut_1d_s[0];
-    for (uint32_t s = 0; s < kSatIndexEntries; ++s) {
-        t.satInterval[s] = k.satIndex[s] > 15 ? 15 : k.satIndex[s];
-    }
-    for (uint32_t s = kSatIndexEntries; s < kSatIndexEntries + 7; ++s) t.satInterval[s] = 0;
 
+    for (uint32_t h = 0; h < kHueIndexEntries; ++h) {
+        const uint32_t hi = std::min<uint32_t>(hueInterval(k, static_cast<int32_t>(h)), 24);
+        t.hueWord[h] = static_cast<int32_t>(hi * 16 | uint32_t(hueWeight(cfg, h, hi)) << 16);
+    }
+    for (uint32_t s = 0; s < kSatIndexEntries; ++s) {
+        const uint32_t si = std::min<uint32_t>(satInterval(k, static_cast<int32_t>(s)), 15);
+        const uint32_t low = s < cfg.lut_1d_s[0] ? kSatLowBit : 0;
+        t.satWord[s] = static_cast<int32_t>(si | low | uint32_t(satWeight(cfg, s, si)) << 16);
+    }
+    for (uint32_t l = 0; l < kLightWeightEntries; ++l) {
+        const uint32_t den =
+            clampIndex(lightnessDenominator(static_cast<int32_t>(l)), kDivTableSize - 1);
+        const auto w = static_cast<uint32_t>(lightWeightAt(k, static_cast<int32_t>(l)));
+        t.lightWord[l] = static_cast<int32_t>((w & 0xFFFu) | (k.recipSat[den] & 0x1FFFu) << 12 |
+                                              (k.shiftSat[den] & 0xFu) << 25);
+    }
     for (uint32_t i = 0; i < kGridHueNodes; ++i) {
-        const uint32_t iNext = i >= 23 ? 24 : i + 1;
         for (uint32_t j = 0; j < kGridSatNodes; ++j) {
-            const uint32_t jNext = j >= 14 ? 15 : j + 1;
-            const uint32_t c00 = i * 16 + j, c01 = i * 16 + jNext;
-            const uint32_t c10 = iNext * 16 + j, c11 = iNext * 16 + jNext;
-            auto hue = [&](uint32_t c) { return signedShift(cfg.lut_2d_h[c], cfg.h_shift); };
-            auto sat = [&](uint32_t c) { return signedShift(cfg.lut_2d_s[c], cfg.s_shift); };
-            GridCell& cell = t.cells[c00];
-            cell.hueLo = baseAndDifference(hue(c00), hue(c10));
-            cell.hueHi = baseAndDifference(hue(c01), hue(c11));
-            cell.satLo = baseAndDifference(sat(c00), sat(c10));
-            cell.satHi = baseAndDifference(sat(c01), sat(c11));
-            cell.hueNode = nodeAndReciprocal(cfg.lut_1d_h[i], i <= 23 ? cfg.lut_1d_h_inv[i] : 0);
-            cell.satNode = nodeAndReciprocal(cfg.lut_1d_s[j], j <= 14 ? cfg.lut_1d_s_inv[j] : 0);
-            const bool zero = (cfg.lut_2d_h[c00] | cfg.lut_2d_h[c01] | cfg.lut_2d_h[c10] |
-                               cfg.lut_2d_h[c11] | cfg.lut_2d_s[c00] | cfg.lut_2d_s[c01] |
-                               cfg.lut_2d_s[c10] | cfg.lut_2d_s[c11]) == 0;
-            cell.neutral = zero ? -1 : 0;
-            cell.unused = 0;
+            const CellNodes c = cellNodes(i, j);
+            auto hue = [&](int hn, int sn) { return scaledHueOffset(cfg, c.at[hn][sn]); };
+            auto sat = [&](int hn, int sn) { return scaledSatOffset(cfg, c.at[hn][sn]); };
+            const int32_t neutral = cellIsNeutral(cfg, c) ? kNeutralBit : 0;
+            GridCell& cell = t.cells[i * 16 + j];
+            cell.hueLo = baseAndDifference(hue(0, 0), hue(1, 0));
+            cell.hueHi = baseAndDifference(hue(0, 1), hue(1, 1));
+            cell.satLo = baseAndDifference(sat(0, 0), sat(1, 0), 15) | neutral;
+            cell.satHi = baseAndDifference(sat(0, 1), sat(1, 1), 15);
         }
     }
 }

@@ -9,10 +9,12 @@
 // while the tables cannot change (a frame reads the record and the engine's tables only).
 //
 // The vector forms compile the constant division tables and transform records in. They are
-// used only when the engine's copies still hold exactly those constants and every lightness
-// weight is at most kMaxVectorWeight; under those conditions no intermediate value can leave
-// 32 bits, which is what lets the vector forms drop the scalar form's overflow checks. Any
-// other engine state (a host may write the public tables) runs the scalar form.
+// used only when the engine's copies still hold exactly those constants, every lightness
+// weight is at most kMaxVectorWeight and every scaled saturation offset of the grid fits in
+// 15 bits (a validated record gives at most 4088); under those conditions no intermediate
+// value can leave 32 bits, which is what lets the vector forms drop the scalar form's
+// overflow checks. Any other engine state (a host may write the public tables, or run a
+// record that was never validated) runs the scalar form.
 #pragma once
 
 #include <cstddef>
@@ -30,28 +32,35 @@ inline constexpr uint32_t kGridCells = kGridHueNodes * kGridSatNodes;
 // possible offset (|dH| < 491,520 for any 16-bit record) the weighted offset stays below 2^31.
 inline constexpr uint32_t kMaxVectorWeight = 4095;
 
-// One grid cell (hue interval i, saturation interval j) as the vector forms read it: the
-// scaled grid values at the four corners, already reduced to the 16-bit base and difference
-// the hue-axis interpolation uses, the two intervals' start nodes and reciprocals, and
-// whether all eight grid values are zero.
-struct alignas(32) GridCell {
+// Scaled saturation offsets the vector forms carry in 15 bits (see GridCell::satLo).
+inline constexpr int32_t kMaxVectorSatOffset = (1 << 14) - 1;
+
+// One grid cell (hue interval i, saturation interval j) as the vector forms read it, one
+// 16-byte read per colour: the scaled grid values at the four corners, already reduced to the
+// 16-bit base and difference that the interpolation along hue uses.
+struct alignas(16) GridCell {
     int32_t hueLo;  // int16 base H(i, j) | int16 difference H(i+1, j) - H(i, j) << 16
     int32_t hueHi;  // the same at the next saturation node
-    int32_t satLo;  // the saturation offsets likewise
-    int32_t satHi;
-    int32_t hueNode;  // lut_1d_h[i] | hue reciprocal << 16 (0 for the last interval)
-    int32_t satNode;  // lut_1d_s[j] | saturation reciprocal << 16 (0 for the last interval)
-    int32_t neutral;  // -1 when all eight grid values are zero, else 0
-    int32_t unused;
+    int32_t satLo;  // the saturation offsets likewise, the base in 15 bits; bit 15: the cell
+    int32_t satHi;  //   is neutral (all eight grid values zero)
 };
-static_assert(sizeof(GridCell) == 32);
+static_assert(sizeof(GridCell) == 16);
+
+// Words of the per-value tables below.
+inline constexpr int32_t kSatLowBit = 1 << 15;  // saturation below the first node
+inline constexpr int32_t kNeutralBit = 1 << 15;
 
 struct BatchTables {
     KernelTables tables;  // what the scalar form reads
     bool vectorExact;     // the vector forms give exactly the scalar form's results
-    uint32_t satLowest;   // lut_1d_s[0]: saturations below it are not adjusted
-    // Saturation 0..2048 -> the saturation interval, capped at 15 (padded to whole vectors).
-    alignas(32) int32_t satInterval[kSatIndexEntries + 7];
+    // Hue 0..12288 -> its grid row (hue interval x 16) | its 15-bit hue weight << 16.
+    alignas(64) int32_t hueWord[kHueIndexEntries];
+    // Saturation 0..2048 -> its saturation interval | kSatLowBit when below the first node |
+    // its 12-bit saturation weight << 16.
+    alignas(64) int32_t satWord[kSatIndexEntries];
+    // Lightness 0..2047 -> its 12-bit lightness weight | the reciprocal << 12 and the shift
+    // << 25 of the saturation division by its denominator.
+    alignas(64) int32_t lightWord[kLightWeightEntries];
     GridCell cells[kGridCells];  // index hue interval * 16 + saturation interval
 };
 

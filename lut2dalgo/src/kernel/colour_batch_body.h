@@ -8,9 +8,8 @@
 // 10-bit fields when BatchTables::vectorExact is set (see colour_batch.h).
 //
 // Lanes must provide, for an index vector V of eight int32 lanes:
-//   static V table(const int32_t* t, V i);       // t[i[k]] in each lane
-//   static V table16(const uint16_t* t, V i);    // t[i[k]] in each lane, zero-extended
-//   static void cells(const GridCell* c, V i, V (&w)[7]);  // words 0..6 of c[i[k]]
+//   static V table(const int32_t* t, V i);                 // t[i[k]] in each lane
+//   static void cells(const GridCell* c, V i, V (&w)[4]);  // the four words of c[i[k]]
 #pragma once
 
 #include <cstddef>
@@ -21,7 +20,15 @@
 #include "colour_batch.h"
 #include "kernel_constants.h"
 
+// Each instruction set's copy lives in a namespace of its own (LUT2D_ISA_TAG, set by the
+// including file), so that no definition compiled for one instruction set can stand in for
+// another's at link time.
+#ifndef LUT2D_ISA_TAG
+#define LUT2D_ISA_TAG portable
+#endif
+
 namespace lut2d::vec {
+inline namespace LUT2D_ISA_TAG {
 
 using V = int32_t __attribute__((vector_size(32)));
 using U = uint32_t __attribute__((vector_size(32)));
@@ -58,20 +65,17 @@ LUT2D_FORCE_INLINE V highHalf(V w) {
     return w >> 16;
 }
 
-// Q(a, n) = ((reciprocal[n] * a >> shift[n]) + 1) >> 1 with the constant tables:
-// reciprocal <= 8177 and a <= 1023, so the product stays below 2^23.
-template <class Lanes>
-LUT2D_FORCE_INLINE V tableDivide(V a, V n) {
-    const V word = Lanes::table(kDivisionWords.data(), n);
-    const U p = (U)(word & 0xFFFF) * (U)a;
-    const U v = p >> (U)highHalf(word);
+// Q(a, n) = ((reciprocal[n] * a >> shift[n]) + 1) >> 1 with the reciprocal and shift of n
+// from the constant tables: reciprocal <= 8177 and a <= 1023, so the product stays below 2^23.
+LUT2D_FORCE_INLINE V tableDivide(V a, V reciprocal, V shift) {
+    const U v = ((U)reciprocal * (U)a) >> (U)shift;
     return (V)((v + 1u) >> 1);
 }
 
-// ((w * diff + 8192) >> 14) + base along the hue axis: w < 2^15 and |diff| <= 2^15, so the
-// product stays within 2^30.
-LUT2D_FORCE_INLINE V lerpHue(V w, V pair) {
-    return ((w * highHalf(pair) + 8192) >> 14) + lowHalf(pair);
+// ((w * diff + 8192) >> 14) + base along the hue axis, from a cell word: base | diff << 16.
+// w < 2^15 and |diff| <= 2^15, so the product stays within 2^30.
+LUT2D_FORCE_INLINE V lerpHue(V w, V base, V pair) {
+    return ((w * highHalf(pair) + 8192) >> 14) + base;
 }
 
 // a + ((w * (b - a) + 1024) >> 11) along the saturation axis: |a|, |b| < 98,304 and
@@ -82,14 +86,15 @@ LUT2D_FORCE_INLINE V lerpSat(V w, V a, V b) {
 
 // What the stages below hand on for eight colours.
 struct Stage {
-    V rgb;  // the colour's own clamped R | G << 10 | B << 20, for a neutral cell
+    V r, g, b;  // the colour's own clamped RGB, for a neutral cell
     V h, s, l;
-    V cell, w;  // grid cell index and lightness weight
+    V w;                 // lightness weight
+    V hueWord, satWord;  // see BatchTables
 };
 
-// Stage 1: YUV -> RGB -> HSL.
+// Stage 1: YUV -> RGB -> HSL, and the lightness weight.
 template <class Lanes>
-LUT2D_FORCE_INLINE void toHsl(V key, Stage& o) {
+LUT2D_FORCE_INLINE void toHsl(const BatchTables& t, V key, Stage& o) {
     // YUV -> RGB: (1024 y + x + 512) >> 10 = y + ((x + 512) >> 10) for the arithmetic shift.
     const V y = lsr(key, 20);
     const V u = (lsr(key, 10) & 1023) - 512;
@@ -97,7 +102,9 @@ LUT2D_FORCE_INLINE void toHsl(V key, Stage& o) {
     const V g0 = clamp1023(y + ((-354 * u - 734 * v + 512) >> 10));
     const V b0 = clamp1023(y + ((1822 * u + 512) >> 10));
     const V r0 = clamp1023(y + ((1441 * v + 512) >> 10));
-    o.rgb = r0 | g0 << 10 | b0 << 20;
+    o.r = r0;
+    o.g = g0;
+    o.b = b0;
 
     // Ties between red and green go to red; sector and sign as in rgbToHsl.
     const V redFirst = r0 >= g0;
@@ -115,39 +122,38 @@ LUT2D_FORCE_INLINE void toHsl(V key, Stage& o) {
     const V negative = blueMid ? redFirst : ~redFirst;
     const V l = mx + mn;
     const V ch = mx - mn;
-    const V den = l < 1024 ? l : 2046 - l;
+    const V light = Lanes::table(t.lightWord, l);
+    const V division = Lanes::table(kDivisionWords.data(), ch);
     const V chroma = ch != 0;
-    const V q = tableDivide<Lanes>(mid - mn, ch);
-    o.s = chroma & tableDivide<Lanes>(ch, den);
+    const V q = tableDivide(mid - mn, division & 0xFFFF, lsr(division, 16));
+    o.s = chroma & tableDivide(ch, lsr(light, 12) & 0x1FFF, lsr(light, 25));
     o.h = chroma & (((q ^ negative) - negative) + (sector << 12));  // 0 .. 12287
     o.l = l;
+    o.w = light & 0xFFF;  // at most kMaxVectorWeight
 }
 
-// Stage 2: the intervals, the grid cell and the lightness weight.
+// Stage 2: the grid row and hue weight, the saturation interval, weight and low test.
 template <class Lanes>
 LUT2D_FORCE_INLINE void locate(const BatchTables& t, Stage& o) {
-    const V hIdx = vmin(Lanes::table16(t.tables.hueIndex, o.h), splat(24));
-    const V sIdx = Lanes::table(t.satInterval, o.s);
-    o.cell = hIdx * 16 + sIdx;
-    o.w = Lanes::table16(t.tables.lightWeight, o.l);  // at most kMaxVectorWeight
+    o.hueWord = Lanes::table(t.hueWord, o.h);
+    o.satWord = Lanes::table(t.satWord, o.s);
 }
 
 // Stage 3: the grid offsets, the moved hue and saturation, HSL -> RGB -> YUV.
 template <class Lanes>
 LUT2D_FORCE_INLINE V finish(const BatchTables& t, const Stage& o) {
     const V h = o.h, s = o.s, l = o.l;
-    V cell[7];
-    Lanes::cells(t.cells, o.cell, cell);
-    const V lowSat = s < splat(static_cast<int32_t>(t.satLowest));
-    const V neutral = ~lowSat & cell[6];
+    V cell[4];
+    Lanes::cells(t.cells, (o.hueWord & 0xFFFF) + (o.satWord & 15), cell);
+    const V lowSat = (o.satWord & kSatLowBit) != 0;
+    const V neutral = ~lowSat & ((cell[2] & kNeutralBit) != 0);
 
-    // Weights: wH = (inv * ((h - node) mod 2^16)) mod 2^15, wS likewise mod 2^12.
-    const V wH = (V)((U)lsr(cell[4], 16) * (U)((h - cell[4]) & 0xFFFF)) & 0x7FFF;
-    const V wS = (V)((U)lsr(cell[5], 16) * (U)((s - cell[5]) & 0xFFFF)) & 0xFFF;
-    const V hA = lerpHue(wH, cell[0]);
-    const V hB = lerpHue(wH, cell[1]);
-    const V sA = lerpHue(wH, cell[2]);
-    const V sB = lerpHue(wH, cell[3]);
+    const V wH = lsr(o.hueWord, 16);
+    const V wS = lsr(o.satWord, 16);
+    const V hA = lerpHue(wH, lowHalf(cell[0]), cell[0]);
+    const V hB = lerpHue(wH, lowHalf(cell[1]), cell[1]);
+    const V sA = lerpHue(wH, (V)((U)cell[2] << 17) >> 17, cell[2]);  // 15-bit bases
+    const V sB = lerpHue(wH, (V)((U)cell[3] << 17) >> 17, cell[3]);
     const V dH = lerpSat(wS, hA, hB);  // |dH| < 491,520
     const V dS = lerpSat(wS, sA, sB);
 
@@ -177,9 +183,9 @@ LUT2D_FORCE_INLINE V finish(const BatchTables& t, const Stage& o) {
     const V b1 = (row0 ? xDown : (row1 ? xUp : ch2)) + m;
 
     // A neutral cell keeps the colour's own RGB; then RGB -> YUV.
-    const V r = neutral ? (o.rgb & 1023) : r1;
-    const V g = neutral ? (lsr(o.rgb, 10) & 1023) : g1;
-    const V b = neutral ? lsr(o.rgb, 20) : b1;
+    const V r = neutral ? o.r : r1;
+    const V g = neutral ? o.g : g1;
+    const V b = neutral ? o.b : b1;
     // From RGB in 0..1023 every output lies in 0..1023 without the clamp: the luma row sums to
     // 1024, and each chroma row's positive and negative weights sum to 510 and -510.
     const V yo = (601 * g + 117 * b + 306 * r + 512) >> 10;
@@ -196,7 +202,7 @@ template <class Lanes>
 LUT2D_FORCE_INLINE void adjustGroups(const BatchTables& t, const V* keys, V* results,
                                      size_t groups) {
     Stage st[kBlockGroups];
-    for (size_t g = 0; g < groups; ++g) toHsl<Lanes>(keys[g], st[g]);
+    for (size_t g = 0; g < groups; ++g) toHsl<Lanes>(t, keys[g], st[g]);
     for (size_t g = 0; g < groups; ++g) locate<Lanes>(t, st[g]);
     for (size_t g = 0; g < groups; ++g) results[g] = finish<Lanes>(t, st[g]);
 }
@@ -231,26 +237,39 @@ LUT2D_FORCE_INLINE void adjustColours(const BatchTables& t, const uint32_t* keys
     }
 }
 
-// Table reads lane by lane: the indices are stored once and each lane loaded on its own.
+// Table reads lane by lane: the indices are stored once and each lane loaded on its own
+// (on the processors measured, faster than hardware gathers).
 struct ScalarLanes {
-    template <class T>
-    LUT2D_FORCE_INLINE static V read(const T* t, V i) {
-        int32_t idx[kLanes];
+    using U32x4 = uint32_t __attribute__((vector_size(16)));
+
+    // (Indices are read as unsigned: they are never negative, and then need no sign extension.)
+    LUT2D_FORCE_INLINE static V table(const int32_t* t, V i) {
+        uint32_t idx[kLanes];
         std::memcpy(idx, &i, sizeof idx);
         return V{t[idx[0]], t[idx[1]], t[idx[2]], t[idx[3]],
                  t[idx[4]], t[idx[5]], t[idx[6]], t[idx[7]]};
     }
-    LUT2D_FORCE_INLINE static V table(const int32_t* t, V i) { return read(t, i); }
-    LUT2D_FORCE_INLINE static V table16(const uint16_t* t, V i) { return read(t, i); }
-    LUT2D_FORCE_INLINE static void cells(const GridCell* c, V i, V (&w)[7]) {
-        int32_t idx[kLanes];
+    // One 16-byte read per lane, then a transpose: lane k of word j is word j of cell i[k].
+    LUT2D_FORCE_INLINE static void cells(const GridCell* c, V i, V (&w)[4]) {
+        uint32_t idx[kLanes];
         std::memcpy(idx, &i, sizeof idx);
-        for (int k = 0; k < 7; ++k) {
-            const int32_t* base = &c[0].hueLo + k;
-            w[k] = V{base[8 * idx[0]], base[8 * idx[1]], base[8 * idx[2]], base[8 * idx[3]],
-                     base[8 * idx[4]], base[8 * idx[5]], base[8 * idx[6]], base[8 * idx[7]]};
-        }
+        U32x4 row[kLanes];
+        for (size_t k = 0; k < kLanes; ++k) std::memcpy(&row[k], &c[idx[k]], sizeof row[k]);
+        // Rows k and k + 4 side by side, then 32-bit and 64-bit interleaves within each half.
+        const U a = __builtin_shufflevector(row[0], row[4], 0, 1, 2, 3, 4, 5, 6, 7);
+        const U b = __builtin_shufflevector(row[1], row[5], 0, 1, 2, 3, 4, 5, 6, 7);
+        const U c2 = __builtin_shufflevector(row[2], row[6], 0, 1, 2, 3, 4, 5, 6, 7);
+        const U d = __builtin_shufflevector(row[3], row[7], 0, 1, 2, 3, 4, 5, 6, 7);
+        const U ab0 = __builtin_shufflevector(a, b, 0, 8, 1, 9, 4, 12, 5, 13);
+        const U ab1 = __builtin_shufflevector(a, b, 2, 10, 3, 11, 6, 14, 7, 15);
+        const U cd0 = __builtin_shufflevector(c2, d, 0, 8, 1, 9, 4, 12, 5, 13);
+        const U cd1 = __builtin_shufflevector(c2, d, 2, 10, 3, 11, 6, 14, 7, 15);
+        w[0] = (V)__builtin_shufflevector(ab0, cd0, 0, 1, 8, 9, 4, 5, 12, 13);
+        w[1] = (V)__builtin_shufflevector(ab0, cd0, 2, 3, 10, 11, 6, 7, 14, 15);
+        w[2] = (V)__builtin_shufflevector(ab1, cd1, 0, 1, 8, 9, 4, 5, 12, 13);
+        w[3] = (V)__builtin_shufflevector(ab1, cd1, 2, 3, 10, 11, 6, 7, 14, 15);
     }
 };
 
+}  // namespace LUT2D_ISA_TAG
 }  // namespace lut2d::vec

@@ -1,6 +1,7 @@
 // The batched colour kernel for arm64 (Advanced SIMD is always there). The arithmetic runs
 // as pairs of 128-bit vectors; table reads go lane by lane.
 
+#define LUT2D_ISA_TAG neon
 #include "colour_batch_body.h"
 
 namespace lut2d {

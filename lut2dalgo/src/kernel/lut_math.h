@@ -53,6 +53,50 @@ LUT2D_FORCE_INLINE int32_t lerpSatAxis(int32_t w, int32_t a, int32_t b) {
     return a + shiftRightArith(w * (b - a) + 1024, 11);
 }
 
+// Interpolation weight of hue h in hue interval hi (0..24): (inverse spacing x (h - node),
+// the difference taken modulo 2^16) kept to 15 bits, 14 of them fraction. The last interval
+// has no inverse: its weight is 0.
+LUT2D_FORCE_INLINE int32_t hueWeight(const ISP2DLUTInStruct_V10& cfg, uint32_t h, uint32_t hi) {
+    const uint32_t inv = hi <= 23 ? cfg.lut_1d_h_inv[hi] : 0u;
+    return static_cast<int32_t>((inv * ((h - cfg.lut_1d_h[hi]) & 0xFFFFu)) & 0x7FFFu);
+}
+
+// The same for saturation s in saturation interval si (0..15), kept to 12 bits (11 fraction).
+LUT2D_FORCE_INLINE int32_t satWeight(const ISP2DLUTInStruct_V10& cfg, uint32_t s, uint32_t si) {
+    const uint32_t inv = si <= 14 ? cfg.lut_1d_s_inv[si] : 0u;
+    return static_cast<int32_t>((inv * ((s - cfg.lut_1d_s[si]) & 0xFFFFu)) & 0xFFFu);
+}
+
+// Flat grid indices of the four nodes around hue interval hi and saturation interval si (at
+// most 24 and 15): [hue node][saturation node], the next node capped at the last one.
+struct CellNodes {
+    uint32_t at[2][2];
+};
+
+LUT2D_FORCE_INLINE CellNodes cellNodes(uint32_t hi, uint32_t si) {
+    const uint32_t hNext = hi >= 23 ? 24 : hi + 1;
+    const uint32_t sNext = si >= 14 ? 15 : si + 1;
+    return {{{hi * 16 + si, hi * 16 + sNext}, {hNext * 16 + si, hNext * 16 + sNext}}};
+}
+
+// Whether all eight grid values around the cell are zero: its pixels need no adjustment.
+LUT2D_FORCE_INLINE bool cellIsNeutral(const ISP2DLUTInStruct_V10& cfg, const CellNodes& c) {
+    int32_t any = 0;
+    for (const auto& row : c.at) {
+        for (const uint32_t i : row) any |= cfg.lut_2d_h[i] | cfg.lut_2d_s[i];
+    }
+    return any == 0;
+}
+
+// The grid values of a node scaled by h_shift and s_shift under the signed shift rule.
+LUT2D_FORCE_INLINE int32_t scaledHueOffset(const ISP2DLUTInStruct_V10& cfg, uint32_t i) {
+    return signedShift(cfg.lut_2d_h[i], cfg.h_shift);
+}
+
+LUT2D_FORCE_INLINE int32_t scaledSatOffset(const ISP2DLUTInStruct_V10& cfg, uint32_t i) {
+    return signedShift(cfg.lut_2d_s[i], cfg.s_shift);
+}
+
 // Offsets at hue h and saturation s in hue interval hIdx and saturation interval sIdx:
 // interpolated along hue first (weight masked to 15 bits), then along saturation (weight
 // masked to 12 bits). Grid values are scaled by h_shift and s_shift under the signed shift
@@ -61,27 +105,17 @@ LUT2D_FORCE_INLINE GridOffsets bilinearOffsets(const ISP2DLUTInStruct_V10& cfg, 
                                                uint32_t s, uint32_t hIdx, uint32_t sIdx) {
     const uint32_t hi = hIdx > 24 ? 24 : hIdx;
     const uint32_t si = sIdx > 15 ? 15 : sIdx;
-    const uint32_t hNext = hi >= 23 ? 24 : hi + 1;
-    const uint32_t sNext = si >= 14 ? 15 : si + 1;
-    const uint32_t i00 = hi * 16 + si, i01 = hi * 16 + sNext;
-    const uint32_t i10 = hNext * 16 + si, i11 = hNext * 16 + sNext;
-    const int32_t h00 = cfg.lut_2d_h[i00], h01 = cfg.lut_2d_h[i01];
-    const int32_t h10 = cfg.lut_2d_h[i10], h11 = cfg.lut_2d_h[i11];
-    const int32_t s00 = cfg.lut_2d_s[i00], s01 = cfg.lut_2d_s[i01];
-    const int32_t s10 = cfg.lut_2d_s[i10], s11 = cfg.lut_2d_s[i11];
-    if ((h00 | h01 | h10 | h11 | s00 | s01 | s10 | s11) == 0) return {0, 0, true};
+    const CellNodes c = cellNodes(hi, si);
+    if (cellIsNeutral(cfg, c)) return {0, 0, true};
 
-    const uint32_t invH = hi <= 23 ? cfg.lut_1d_h_inv[hi] : 0u;
-    const uint32_t invS = si <= 14 ? cfg.lut_1d_s_inv[si] : 0u;
-    const auto wH = static_cast<int32_t>((invH * ((h - cfg.lut_1d_h[hi]) & 0xFFFFu)) & 0x7FFFu);
-    const auto wS = static_cast<int32_t>((invS * ((s - cfg.lut_1d_s[si]) & 0xFFFFu)) & 0xFFFu);
-
-    const int32_t hs = cfg.h_shift;
-    const int32_t ss = cfg.s_shift;
-    const int32_t hA = lerpHueAxis(wH, signedShift(h00, hs), signedShift(h10, hs));
-    const int32_t hB = lerpHueAxis(wH, signedShift(h01, hs), signedShift(h11, hs));
-    const int32_t sA = lerpHueAxis(wH, signedShift(s00, ss), signedShift(s10, ss));
-    const int32_t sB = lerpHueAxis(wH, signedShift(s01, ss), signedShift(s11, ss));
+    const int32_t wH = hueWeight(cfg, h, hi);
+    const int32_t wS = satWeight(cfg, s, si);
+    auto hue = [&](int hn, int sn) { return scaledHueOffset(cfg, c.at[hn][sn]); };
+    auto sat = [&](int hn, int sn) { return scaledSatOffset(cfg, c.at[hn][sn]); };
+    const int32_t hA = lerpHueAxis(wH, hue(0, 0), hue(1, 0));
+    const int32_t hB = lerpHueAxis(wH, hue(0, 1), hue(1, 1));
+    const int32_t sA = lerpHueAxis(wH, sat(0, 0), sat(1, 0));
+    const int32_t sB = lerpHueAxis(wH, sat(0, 1), sat(1, 1));
     return {lerpSatAxis(wS, hA, hB), lerpSatAxis(wS, sA, sB), false};
 }
 
