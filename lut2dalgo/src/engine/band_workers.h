@@ -5,7 +5,7 @@
 #include <cstdint>
 #include <mutex>
 
-#include "../kernel/colour_batch.h"
+#include "band_rows.h"
 #include "sw_2dlut_v10.h"
 
 namespace lut2d {
@@ -41,12 +41,10 @@ struct FinishShare {
     uint32_t rowBegin, rowEnd;
 };
 
-// What a band worker receives: the band's argument record and the frame's colour kernel
-// (its tables, prepared once per frame, and the form that runs it on this machine).
+// What a band worker receives: the band's work and, in the low-resolution mode, its share
+// of the finish.
 struct BandJob {
-    Lut2DThreadArgs args;
-    const BatchTables* tables;
-    ColourKernel kernel;
+    BandWork work;
     FinishShare finish;  // low-resolution mode only
 };
 

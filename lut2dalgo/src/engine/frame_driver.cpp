@@ -86,12 +86,12 @@ int SW_2DLut_v10::run2dlut_fx(Lut2DImageData* image) {
         // are prepared once here for all four bands.
         lut2d::BatchTables tables;
         lut2d::prepareBatchTables(tables, lut2d::kernelTables(*this));
-        const lut2d::ColourKernel kernel = lut2d::selectColourKernel(tables);
+        const lut2d::FrameKernels kernels = lut2d::selectFrameKernels(tables);
         void* (*body)(void*) = fullRes ? run2dlut_fx_ChrUs : run2dlut_fx_yDs;
         for (int i = 0; i < kBandCount; ++i) {
-            jobs[i].tables = &tables;
-            jobs[i].kernel = kernel;
-            Lut2DThreadArgs& a = jobs[i].args;
+            jobs[i].work.tables = &tables;
+            jobs[i].work.kernels = kernels;
+            Lut2DThreadArgs& a = jobs[i].work.args;
             a.pLumaIn = image->pLuma;
             a.pChromaIn = image->pChroma;
             a.pLumaOut = fullRes ? image->pLuma : nullptr;

@@ -1,0 +1,99 @@
+// The band workers' vector stages for x86-64 processors with AVX2 (chosen at run time).
+
+#include <immintrin.h>
+
+#include <array>
+
+#define LUT2D_ISA_TAG avx2
+#include "band_rows_body.h"
+
+namespace lut2d {
+
+namespace {
+
+using rows::U;
+
+// For each set of lanes, the lanes in order, then the rest: the permutation that packs the
+// kept lanes of a vector to its front.
+constexpr std::array<std::array<uint32_t, 8>, 256> makeCompressTable() {
+    std::array<std::array<uint32_t, 8>, 256> t{};
+    for (uint32_t bits = 0; bits < 256; ++bits) {
+        uint32_t n = 0;
+        for (uint32_t j = 0; j < 8; ++j) {
+            if ((bits >> j) & 1u) t[bits][n++] = j;
+        }
+        for (uint32_t j = 0; j < 8; ++j) {
+            if (((bits >> j) & 1u) == 0) t[bits][n++] = j;
+        }
+    }
+    return t;
+}
+
+alignas(32) constexpr std::array<std::array<uint32_t, 8>, 256> kCompress = makeCompressTable();
+
+struct Avx2Ops {
+    LUT2D_FORCE_INLINE static rows::U16x16 widen16(const uint8_t* p) {
+        return (rows::U16x16)_mm256_cvtepu8_epi16(
+            _mm_loadu_si128(reinterpret_cast<const __m128i*>(p)));
+    }
+    LUT2D_FORCE_INLINE static U widen32(const uint8_t* p) {
+        return (U)_mm256_cvtepu8_epi32(_mm_loadl_epi64(reinterpret_cast<const __m128i*>(p)));
+    }
+    // Two entries to a 128-bit half, each read whole (result in the low word, key above).
+    LUT2D_FORCE_INLINE static __m128i entryPair(const HM_RGB* cache, uint32_t a, uint32_t b) {
+        const __m128d lo =
+            _mm_castsi128_pd(_mm_loadl_epi64(reinterpret_cast<const __m128i*>(&cache[a])));
+        return _mm_castpd_si128(_mm_loadh_pd(lo, reinterpret_cast<const double*>(&cache[b])));
+    }
+    LUT2D_FORCE_INLINE static void readEntries(const HM_RGB* cache, const uint32_t* slot, U& result,
+                                               U& key) {
+        const __m256i e0 = _mm256_set_m128i(entryPair(cache, slot[2], slot[3]),
+                                            entryPair(cache, slot[0], slot[1]));
+        const __m256i e1 = _mm256_set_m128i(entryPair(cache, slot[6], slot[7]),
+                                            entryPair(cache, slot[4], slot[5]));
+        // Words 0, 2 (results) and 1, 3 (keys) of each half, then the halves in order.
+        const __m256 r = _mm256_shuffle_ps(_mm256_castsi256_ps(e0), _mm256_castsi256_ps(e1), 0x88);
+        const __m256 k = _mm256_shuffle_ps(_mm256_castsi256_ps(e0), _mm256_castsi256_ps(e1), 0xDD);
+        result = (U)_mm256_permute4x64_epi64(_mm256_castps_si256(r), 0xD8);
+        key = (U)_mm256_permute4x64_epi64(_mm256_castps_si256(k), 0xD8);
+    }
+    LUT2D_FORCE_INLINE static void writeEntries(HM_RGB* cache, const uint32_t* slot, U result,
+                                                U key) {
+        const __m256i e0 = _mm256_unpacklo_epi32((__m256i)result, (__m256i)key);  // 0 1 | 4 5
+        const __m256i e1 = _mm256_unpackhi_epi32((__m256i)result, (__m256i)key);  // 2 3 | 6 7
+        auto put = [cache](uint32_t s, __m128i pair, bool high) {
+            double* p = reinterpret_cast<double*>(&cache[s]);
+            if (high) {
+                _mm_storeh_pd(p, _mm_castsi128_pd(pair));
+            } else {
+                _mm_storel_pd(p, _mm_castsi128_pd(pair));
+            }
+        };
+        const __m128i a = _mm256_castsi256_si128(e0), b = _mm256_castsi256_si128(e1);
+        const __m128i c = _mm256_extracti128_si256(e0, 1), d = _mm256_extracti128_si256(e1, 1);
+        put(slot[0], a, false), put(slot[1], a, true), put(slot[2], b, false),
+            put(slot[3], b, true);
+        put(slot[4], c, false), put(slot[5], c, true), put(slot[6], d, false),
+            put(slot[7], d, true);
+    }
+    // Each pair's two 16-bit lanes multiplied by 1024 and 1 and summed, in one instruction.
+    LUT2D_FORCE_INLINE static U chromaFields(rows::U16x16 pairs, bool crFirst) {
+        const __m256i weights =
+            crFirst ? _mm256_set1_epi32(1 | 1024 << 16) : _mm256_set1_epi32(1024 | 1 << 16);
+        return (U)_mm256_madd_epi16((__m256i)pairs, weights);
+    }
+    LUT2D_FORCE_INLINE static uint32_t signs8(U v) {
+        return static_cast<uint32_t>(_mm256_movemask_ps(_mm256_castsi256_ps((__m256i)v)));
+    }
+    LUT2D_FORCE_INLINE static void compress(U v, uint32_t bits, uint32_t* out) {
+        const __m256i order = _mm256_load_si256(reinterpret_cast<const __m256i*>(&kCompress[bits]));
+        _mm256_storeu_si256(reinterpret_cast<__m256i*>(out),
+                            _mm256_permutevar8x32_epi32((__m256i)v, order));
+    }
+};
+
+}  // namespace
+
+LUT2D_DEFINE_ROWS(AVX2, Avx2Ops)
+
+}  // namespace lut2d
