@@ -47,11 +47,11 @@ struct Avx2Ops {
     }
     LUT2D_FORCE_INLINE static void readEntries(const HM_RGB* cache, const uint32_t* slot, U& result,
                                                U& key) {
-        const __m256i e0 = _mm256_set_m128i(entryPair(cache, slot[2], slot[3]),
-                                            entryPair(cache, slot[0], slot[1]));
-        const __m256i e1 = _mm256_set_m128i(entryPair(cache, slot[6], slot[7]),
-                                            entryPair(cache, slot[4], slot[5]));
-        // Words 0, 2 (results) and 1, 3 (keys) of each half, then the halves in order.
+        const __m128i lo = _mm_loadu_si128(reinterpret_cast<const __m128i*>(slot));
+        const __m128i hi = _mm_loadu_si128(reinterpret_cast<const __m128i*>(slot + 4));
+        const auto* base = reinterpret_cast<const long long*>(cache);
+        const __m256i e0 = _mm256_i32gather_epi64(base, lo, 8);
+        const __m256i e1 = _mm256_i32gather_epi64(base, hi, 8);
         const __m256 r = _mm256_shuffle_ps(_mm256_castsi256_ps(e0), _mm256_castsi256_ps(e1), 0x88);
         const __m256 k = _mm256_shuffle_ps(_mm256_castsi256_ps(e0), _mm256_castsi256_ps(e1), 0xDD);
         result = (U)_mm256_permute4x64_epi64(_mm256_castps_si256(r), 0xD8);
