@@ -7,15 +7,19 @@ namespace lut2d {
 
 FinishGate::Decision FinishGate::bandDone() {
     std::unique_lock<std::mutex> lock(mutex_);
-    ++bandsDone_;
-    changed_.notify_all();
-    changed_.wait(lock, [this] { return decision_ != Decision::kPending; });
+    if (--bandsLeft_ == 0) allDone_.notify_one();
+    decided_.wait(lock, [this] { return decision_ != Decision::kPending; });
     return decision_;
 }
 
-void FinishGate::awaitBands(int bands) {
+void FinishGate::bandWithoutWorker() {
+    const std::lock_guard<std::mutex> lock(mutex_);
+    --bandsLeft_;
+}
+
+void FinishGate::awaitBands() {
     std::unique_lock<std::mutex> lock(mutex_);
-    changed_.wait(lock, [this, bands] { return bandsDone_ >= bands; });
+    allDone_.wait(lock, [this] { return bandsLeft_ <= 0; });
 }
 
 void FinishGate::decide(Decision d) {
@@ -23,7 +27,7 @@ void FinishGate::decide(Decision d) {
         const std::lock_guard<std::mutex> lock(mutex_);
         decision_ = d;
     }
-    changed_.notify_all();
+    decided_.notify_all();
 }
 
 }  // namespace lut2d

@@ -18,16 +18,23 @@ class FinishGate {
   public:
     enum class Decision : uint8_t { kPending, kFinish, kStop };
 
-    // A worker's band is done; returns the driver's decision once it is made.
+    // bands: how many workers will come (one per started thread).
+    explicit FinishGate(int bands) : bandsLeft_(bands) {}
+
+    // A worker's band is done; returns the driver's decision once it is made. Only the last
+    // band wakes the driver.
     Decision bandDone();
-    // The driver: waits until `bands` bands are done.
-    void awaitBands(int bands);
+    // The driver: one band fewer will come (its thread did not start).
+    void bandWithoutWorker();
+    // The driver: waits until every band is done, then decides.
+    void awaitBands();
     void decide(Decision d);
 
   private:
     std::mutex mutex_;
-    std::condition_variable changed_;
-    int bandsDone_ = 0;
+    std::condition_variable allDone_;  // the driver waits here
+    std::condition_variable decided_;  // the workers wait here
+    int bandsLeft_;
     Decision decision_ = Decision::kPending;
 };
 

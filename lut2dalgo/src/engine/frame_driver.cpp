@@ -69,9 +69,8 @@ int SW_2DLut_v10::run2dlut_fx(Lut2DImageData* image) {
     pthread_t threads[kBandCount] = {};
     bool started[kBandCount] = {};
     lut2d::BandJob jobs[kBandCount] = {};
-    lut2d::FinishGate gate;
+    lut2d::FinishGate gate(kBandCount);
     const bool sharedFinish = lowRes && lut2d::kOffsetRowsBuiltIn;
-    int threadCount = 0;
     // A scratch engine object is part of every frame; it takes no part in the work.
     SW_2DLut_v10 frameLocal;
     (void)frameLocal;
@@ -118,13 +117,13 @@ int SW_2DLut_v10::run2dlut_fx(Lut2DImageData* image) {
             // Without a thread the band is still adjusted, on this thread, and its share of
             // the finish is done here too.
             if (!started[i]) {
+                if (sharedFinish) gate.bandWithoutWorker();
                 jobs[i].finish.gate = nullptr;
                 body(&jobs[i]);
             }
-            threadCount += started[i] ? 1 : 0;
         }
         if (sharedFinish) {
-            gate.awaitBands(threadCount);
+            gate.awaitBands();
             // The abort check after the workers, made where the threads used to be joined.
             const bool aborted = m_abort == 1;
             uint8_t* temporary = nullptr;
