@@ -12,6 +12,7 @@
 #include "support/gaussian_expand.h"
 #include "tessel/tessel.h"
 #include "tessel/tessel_rows.h"
+#include "tessel/tessel_rows_body.h"
 
 namespace {
 
@@ -160,6 +161,34 @@ TEST(GaussianExpandRows, FusedFormMatchesTheLibraryFinish) {
         lut2d::tessel::scaleUpBy2Gaussian5x5AddRows(offsets.data(), std::min(w, s), h, s,
                                                     got.data(), 2 * s, 0, 2 * h);
         EXPECT_EQ(got, want) << w << "x" << h << " pitch " << s;
+    }
+}
+
+// The rows' eight-lane form (what machines without wider vectors run) writes and adds exactly
+// what the form this machine picks does, at every width up to 80 and some wider, and for
+// row ranges that start and end on odd rows.
+TEST(GaussianExpandRows, EightLaneFormMatchesThePickedForm) {
+    std::mt19937 rng(17);
+    for (uint32_t w = 1; w <= 600; w += w < 80 ? 1 : 131) {
+        for (uint32_t h : {1u, 2u, 5u}) {
+            const Plane p{w, h, w + 3, 2 * w + 5};
+            const auto src = randomBytes(size_t{p.srcStride} * h, rng);
+            const auto luma = randomBytes(size_t{2} * h * p.dstStride, rng);
+            for (auto [begin, end] : {std::pair{0u, 2 * h}, {1u, 2 * h - 1}}) {
+                std::vector<uint8_t> picked(luma.size(), kUntouched), eight = picked;
+                lut2d::tessel::scaleUpBy2Gaussian5x5Rows(src.data(), w, h, p.srcStride,
+                                                         picked.data(), p.dstStride, begin, end);
+                lut2d::tessel::portable::outputRowRange<false>(
+                    src.data(), w, h, p.srcStride, eight.data(), p.dstStride, begin, end);
+                ASSERT_EQ(eight, picked) << w << "x" << h;
+                picked = luma, eight = luma;
+                lut2d::tessel::scaleUpBy2Gaussian5x5AddRows(src.data(), w, h, p.srcStride,
+                                                            picked.data(), p.dstStride, begin, end);
+                lut2d::tessel::portable::outputRowRange<true>(
+                    src.data(), w, h, p.srcStride, eight.data(), p.dstStride, begin, end);
+                ASSERT_EQ(eight, picked) << w << "x" << h << " added";
+            }
+        }
     }
 }
 

@@ -7,12 +7,14 @@
 #include <cstdint>
 #include <cstring>
 
+#include "int_math.h"
+
 namespace lut2d {
 
 // 16 bytes on the compilers' portable vector extensions (SSE2 on x86-64, NEON on arm64).
 typedef uint8_t OffsetBytes __attribute__((vector_size(16)));
 
-inline uint8_t addLumaOffset(uint8_t luma, uint8_t offset) {
+LUT2D_FORCE_INLINE uint8_t addLumaOffset(uint8_t luma, uint8_t offset) {
     const int32_t v = int32_t{luma} + int32_t{offset} - 128;
     return static_cast<uint8_t>(v < 0 ? 0 : (v > 255 ? 255 : v));
 }
@@ -20,7 +22,7 @@ inline uint8_t addLumaOffset(uint8_t luma, uint8_t offset) {
 // The same on 16 lanes, without leaving 8 bits: an offset of 128 or more adds offset - 128
 // with the sum held at 255, a smaller one then takes 128 - offset away with the difference
 // held at 0. One of the two steps is always a zero step.
-inline OffsetBytes addLumaOffsets(OffsetBytes luma, OffsetBytes offsets) {
+LUT2D_FORCE_INLINE OffsetBytes addLumaOffsets(OffsetBytes luma, OffsetBytes offsets) {
     const OffsetBytes raise = reinterpret_cast<OffsetBytes>(offsets >= 128);  // all ones or 0
     const OffsetBytes up = static_cast<OffsetBytes>(offsets - 128) & raise;
     const OffsetBytes down = static_cast<OffsetBytes>(128 - offsets) & ~raise;
@@ -32,7 +34,7 @@ inline OffsetBytes addLumaOffsets(OffsetBytes luma, OffsetBytes offsets) {
 
 // Adds offsets[i] to luma[i] for i in 0 .. count - 1, 16 bytes at a time where the span allows
 // (any alignment). Every byte is independent, so any sub-span can be done on its own.
-inline void addLumaOffsets(uint8_t* luma, const uint8_t* offsets, size_t count) {
+LUT2D_FORCE_INLINE void addLumaOffsets(uint8_t* luma, const uint8_t* offsets, size_t count) {
     size_t i = 0;
     for (; i + sizeof(OffsetBytes) <= count; i += sizeof(OffsetBytes)) {
         OffsetBytes l, o;
