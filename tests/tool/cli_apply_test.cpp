@@ -169,6 +169,14 @@ TEST(Apply, Y4mAndPlanarFramesComeBackByteForByte) {
     EXPECT_NE(
         dir.run("apply in.y4m o.y4m -r off.bin").out.find("2 frames of 64x48, full resolution"),
         std::string::npos);
+    std::string untagged = clip;
+    writeText(dir / "untagged.y4m", untagged.erase(untagged.find(" XCOLORRANGE=LIMITED"), 20));
+    EXPECT_EQ(dir.run("apply untagged.y4m u.y4m -r off.bin")
+                  .err.rfind("lut2d: note: untagged.y4m carries no XCOLORRANGE tag: read as full "
+                             "range (most video is limited range: give --range limited)\n",
+                             0),
+              0u);
+    EXPECT_TRUE(readText(dir / "u.y4m") == untagged);
     // NV21 holds the I420 planes interleaved, Cr first.
     const std::string nv21 = readText(dir / "mid.nv21");
     EXPECT_EQ(nv21.substr(3072, 4), frames.substr(3072 + 768, 1) + frames.substr(3072, 1) +

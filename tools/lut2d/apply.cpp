@@ -202,6 +202,11 @@ int runApply(const ApplyOptions& o) {
         }
     } else if (inHeader && inHeader->range) {
         range = *inHeader->range;
+    } else if (inHeader) {
+        std::fprintf(stderr,
+                     "lut2d: note: %s carries no XCOLORRANGE tag: read as full range (most "
+                     "video is limited range: give --range limited)\n",
+                     o.input.string().c_str());
     }
     if (record.enable == 0) {
         std::fprintf(stderr, "lut2d: note: %s has enable 0: frames pass through unchanged\n",
