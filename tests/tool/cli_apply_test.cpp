@@ -226,11 +226,12 @@ TEST(Apply, PicturesOfAnySizeAndOrientationComeOutUprightInTheirOwnSize) {
     EXPECT_NE(out, odd);  // meadow greens moved
     EXPECT_EQ(loadPicture(dir / "c.png").width, 3 * 33 + 4 * 8u);
 
-    // A phone portrait: stored sideways with an orientation tag (6: a quarter turn clockwise).
-    RgbImage sideways(64, 48, {200, 40, 40});
-    fillRect(sideways, {0, 0, 64, 24}, {40, 40, 200});  // top half blue
+    // A phone portrait: stored sideways with an orientation tag (6: a quarter turn clockwise),
+    // large enough that turning it reads rows far out of order.
+    RgbImage sideways(1600, 1200, {200, 40, 40});
+    fillRect(sideways, {0, 0, 1600, 600}, {40, 40, 200});  // top half blue
     vips::VImage v = vips::VImage::new_from_memory(sideways.pixels.data(), sideways.pixels.size(),
-                                                   64, 48, 3, VIPS_FORMAT_UCHAR)
+                                                   1600, 1200, 3, VIPS_FORMAT_UCHAR)
                          .copy();
     v.set(VIPS_META_ORIENTATION, 6);
     v.write_to_file((dir / "portrait.jpg").c_str());
@@ -238,10 +239,10 @@ TEST(Apply, PicturesOfAnySizeAndOrientationComeOutUprightInTheirOwnSize) {
     ASSERT_EQ(r.exitCode, 0) << r.err;
     EXPECT_EQ(r.err, "lut2d: warning: portrait.jpg: turned upright by its EXIF orientation (6)\n");
     const RgbImage upright = loadPicture(dir / "upright.png");
-    ASSERT_EQ(upright.width, 48u);
-    ASSERT_EQ(upright.height, 64u);
-    EXPECT_GT(upright.at(40, 32).b, 150);  // the stored top is now on the right
-    EXPECT_GT(upright.at(8, 32).r, 150);
+    ASSERT_EQ(upright.width, 1200u);
+    ASSERT_EQ(upright.height, 1600u);
+    EXPECT_GT(upright.at(1000, 800).b, 150);  // the stored top is now on the right
+    EXPECT_GT(upright.at(200, 800).r, 150);
 }
 
 TEST(Apply, FileSizeLimitEndsInOneLineAndLeavesNothingBehind) {

@@ -83,10 +83,10 @@ DecodedPicture decodePicture(std::span<const uint8_t> bytes, uint64_t maxPixels,
     }
     DecodedPicture out;
     try {
-        VImage img = VImage::new_from_buffer(bytes.data(), bytes.size(), "",
-                                             VImage::option()
-                                                 ->set("fail_on", VIPS_FAIL_ON_WARNING)
-                                                 ->set("access", VIPS_ACCESS_SEQUENTIAL));
+        // Random access: turning a picture upright reads its rows out of order, and the
+        // whole picture is decoded into memory in any case.
+        VImage img = VImage::new_from_buffer(
+            bytes.data(), bytes.size(), "", VImage::option()->set("fail_on", VIPS_FAIL_ON_WARNING));
         // The header alone: check the size before a pixel is decoded.
         const int orientation =
             img.get_typeof(VIPS_META_ORIENTATION) != 0 ? img.get_int(VIPS_META_ORIENTATION) : 1;
