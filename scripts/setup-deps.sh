@@ -7,7 +7,9 @@ packages=(
   cmake ninja-build g++ clang clang-format
   android-liblog-dev                 # <android/log.h> and a host liblog
   googletest libgtest-dev libgmock-dev libbenchmark-dev
-  libcli11-dev nlohmann-json3-dev libpng-dev libjpeg62-turbo-dev
+  libcli11-dev nlohmann-json3-dev pkgconf
+  libvips-dev                        # lut2d: reading and writing pictures
+  libcairo2-dev libpango1.0-dev fonts-dejavu-core  # lut2d: plots, compares and labels
   libopencv-dev                      # the OpenCV peer in bench/frame_bench.cpp
   binutils python3
 )

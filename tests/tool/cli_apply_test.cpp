@@ -2,7 +2,10 @@
 
 #include <gtest/gtest.h>
 
+#include <vips/vips8>
+
 #include <algorithm>
+#include <random>
 
 #include "chart.h"
 #include "image_io.h"
@@ -90,7 +93,7 @@ TEST(Apply, NeutralRecordChangesNothingButTheYuvRoundTripAndDisabledNothingAtAll
         std::copy_n(bytes.begin(), out.luma.size(), out.luma.begin());
         std::copy(bytes.begin() + out.luma.size(), bytes.end(), out.chroma.begin());
         EXPECT_GE(compareExactPatches(out, in, in), 10);
-        const RgbImage outPicture = readPicture(dir / (mode + ".png"));
+        const RgbImage outPicture = loadPicture(dir / (mode + ".png"));
         EXPECT_GE(compareExactPatches(outPicture, yuvToRgb(fromPicture), fromPicture), 10);
     }
 }
@@ -117,7 +120,140 @@ TEST(Apply, SequenceIsProcessedFrameByFrameWithOneHandle) {
     EXPECT_NE(r.out.find("wrote out.nv12: 3 frames of 320x240, low resolution"), std::string::npos)
         << r.out;
     EXPECT_EQ(readText(dir / "out.nv12"), expected);
-    EXPECT_GT(readPicture(dir / "first.png").width, 640u);
+    EXPECT_GT(loadPicture(dir / "first.png").width, 640u);
+}
+
+// Frames of random bytes inside the limited range: 16..235 (luma) and 16..240 (chroma).
+std::string limitedFrames(const FrameGeometry& g, int count) {
+    std::mt19937 rng(11);
+    std::string bytes;
+    for (int k = 0; k < count; ++k) {
+        for (size_t i = 0; i < g.frameBytes(); ++i) {
+            bytes += static_cast<char>(16 + rng() % (i < g.lumaBytes() ? 220 : 225));
+        }
+    }
+    return bytes;
+}
+
+TEST(Apply, Y4mAndPlanarFramesComeBackByteForByte) {
+    ScratchDir dir;
+    ISP2DLUTInStruct_V10 off = neutralRecord();
+    off.enable = 0;
+    writeRecordFile(dir / "off.bin", off);
+    const std::string header =
+        "YUV4MPEG2 W64 H48 F25:1 Ip A1:1 C420jpeg XYSCSS=420JPEG XCOLORRANGE=LIMITED\n";
+    std::string clip = header;
+    const std::string frames = limitedFrames({64, 48, 64}, 2);
+    for (int k = 0; k < 2; ++k) clip += "FRAME\n" + frames.substr(k * 4608, 4608);
+    writeText(dir / "in.y4m", clip);
+    writeText(dir / "in_64x48.i420", frames);
+    const struct {
+        std::string args, output, expected;
+    } cases[] = {
+        {"in.y4m out.y4m", "out.y4m", clip},
+        {"in_64x48.i420 out.i420", "out.i420", frames},
+        // y4m holds I420 frames; the range tag goes through nv21 and back.
+        {"in.y4m out.i420", "out.i420", frames},
+        {"in.y4m mid.nv21", "mid.nv21", ""},
+        {"mid.nv21 back.y4m --size 64x48 --range limited", "back.y4m", clip},
+        // --format over the name: the same bytes read as YV12 and written as YV12.
+        {"in_64x48.i420 out.yv12 --format yv12", "out.yv12", frames},
+    };
+    for (const auto& c : cases) {
+        const RunResult r = dir.run("apply " + c.args + " -r off.bin");
+        ASSERT_EQ(r.exitCode, 0) << c.args << ": " << r.err;
+        if (!c.expected.empty()) {
+            EXPECT_TRUE(readText(dir / c.output) == c.expected) << c.args;
+        }
+    }
+    EXPECT_NE(
+        dir.run("apply in.y4m o.y4m -r off.bin").out.find("2 frames of 64x48, full resolution"),
+        std::string::npos);
+    std::string untagged = clip;
+    writeText(dir / "untagged.y4m", untagged.erase(untagged.find(" XCOLORRANGE=LIMITED"), 20));
+    EXPECT_EQ(dir.run("apply untagged.y4m u.y4m -r off.bin")
+                  .err.rfind("lut2d: note: untagged.y4m carries no XCOLORRANGE tag: read as full "
+                             "range (most video is limited range: give --range limited)\n",
+                             0),
+              0u);
+    EXPECT_TRUE(readText(dir / "u.y4m") == untagged);
+    // NV21 holds the I420 planes interleaved, Cr first.
+    const std::string nv21 = readText(dir / "mid.nv21");
+    EXPECT_EQ(nv21.substr(3072, 4), frames.substr(3072 + 768, 1) + frames.substr(3072, 1) +
+                                        frames.substr(3072 + 769, 1) + frames.substr(3073, 1));
+}
+
+TEST(Apply, LimitedRangeFramesAreExpandedForTheLibraryAndCompressedBack) {
+    ScratchDir dir;
+    writeRecordFile(dir / "s.json", showcaseRecord());
+    const FrameGeometry g{320, 240, 320};
+    RgbImage part(320, 240);
+    blit(part, makeTestChart(), -1200, -700);  // trees, meadow and sky
+    YuvFrame full = rgbToYuv(part, ChromaOrder::Nv12, 320);
+    YuvFrame limited = full;
+    fullToLimited(limited);
+    writeText(dir / "in_320x240.nv12", frameBytes(limited));
+    YuvFrame expected = limited;
+    limitedToFull(expected);
+    LibraryHandle(showcaseRecord(), g, LUT2D_MODE_CHRUS).process(expected);
+    fullToLimited(expected);
+    ASSERT_EQ(dir.run("apply in_320x240.nv12 out.nv12 -r s.json --range limited").exitCode, 0);
+    EXPECT_TRUE(readText(dir / "out.nv12") == frameBytes(expected));
+    // A y4m clip tagged limited needs no --range.
+    const std::vector<uint8_t> y4mFrame = y4mFrameBytes(limited);
+    writeText(dir / "in.y4m", makeY4mHeader(g).text(ColourRange::Limited, true) +
+                                  std::string(y4mFrame.begin(), y4mFrame.end()));
+    ASSERT_EQ(dir.run("apply in.y4m out.nv12 -r s.json").exitCode, 0);
+    EXPECT_TRUE(readText(dir / "out.nv12") == frameBytes(expected));
+    // Read as full range, the same bytes give another result: that is what --range is for.
+    const RunResult r = dir.run("apply in.y4m wrong.nv12 -r s.json --range full");
+    EXPECT_EQ(r.err, "lut2d: note: in.y4m is tagged limited range; --range full overrides it\n");
+    EXPECT_FALSE(readText(dir / "wrong.nv12") == frameBytes(expected));
+}
+
+TEST(Apply, PicturesOfAnySizeAndOrientationComeOutUprightInTheirOwnSize) {
+    ScratchDir dir;
+    writeRecordFile(dir / "s.json", showcaseRecord());
+    RgbImage odd(33, 3);
+    blit(odd, makeTestChart(), -1500, -900);
+    savePicture(dir / "odd.png", odd);
+    RunResult r = dir.run("apply odd.png out.png -r s.json --compare c.png");
+    ASSERT_EQ(r.exitCode, 0) << r.err;
+    EXPECT_NE(r.out.find("1 frame of 33x3"), std::string::npos) << r.out;
+    const RgbImage out = loadPicture(dir / "out.png");
+    EXPECT_EQ(out.width, 33u);
+    EXPECT_EQ(out.height, 3u);
+    EXPECT_NE(out, odd);  // meadow greens moved
+    EXPECT_EQ(loadPicture(dir / "c.png").width, 3 * 33 + 4 * 8u);
+
+    // A phone portrait: stored sideways with an orientation tag (6: a quarter turn clockwise),
+    // large enough that turning it reads rows far out of order.
+    RgbImage sideways(1600, 1200, {200, 40, 40});
+    fillRect(sideways, {0, 0, 1600, 600}, {40, 40, 200});  // top half blue
+    vips::VImage v = vips::VImage::new_from_memory(sideways.pixels.data(), sideways.pixels.size(),
+                                                   1600, 1200, 3, VIPS_FORMAT_UCHAR)
+                         .copy();
+    v.set(VIPS_META_ORIENTATION, 6);
+    v.write_to_file((dir / "portrait.jpg").c_str());
+    r = dir.run("apply portrait.jpg upright.png -r s.json");
+    ASSERT_EQ(r.exitCode, 0) << r.err;
+    EXPECT_EQ(r.err, "lut2d: warning: portrait.jpg: turned upright by its EXIF orientation (6)\n");
+    const RgbImage upright = loadPicture(dir / "upright.png");
+    ASSERT_EQ(upright.width, 1200u);
+    ASSERT_EQ(upright.height, 1600u);
+    EXPECT_GT(upright.at(1000, 800).b, 150);  // the stored top is now on the right
+    EXPECT_GT(upright.at(200, 800).r, 150);
+}
+
+TEST(Apply, FileSizeLimitEndsInOneLineAndLeavesNothingBehind) {
+    ScratchDir dir;
+    writeRecordFile(dir / "n.json", neutralRecord());
+    writeText(dir / "big_640x480.nv12", std::string(640 * 480 * 3 / 2, '\x80'));
+    const auto before = snapshot(dir / ".");
+    const RunResult r = dir.run("apply big_640x480.nv12 out.nv12 -r n.json", "ulimit -f 200");
+    EXPECT_EQ(r.exitCode, 1);
+    EXPECT_EQ(r.err, "lut2d: error: out.nv12: cannot write: File too large\n");
+    EXPECT_TRUE(snapshot(dir / ".") == before);
 }
 
 // Every refusal: its status, its lines (the last naming the problem), and no file added,
@@ -135,7 +271,18 @@ TEST(Commands, RefuseBadInputWithoutTouchingAnyFile) {
     writeText(dir / "f.nv12", frameBytes(YuvFrame({64, 48, 64})));
     writeText(dir / "two.nv12", readText(dir / "f.nv12") + readText(dir / "f.nv12"));
     savePicture(dir / "p.png", RgbImage(64, 48));
-    savePicture(dir / "odd.png", RgbImage(33, 32));
+    RgbImage photo(64, 48);
+    for (size_t i = 0; i < photo.pixels.size(); ++i) photo.pixels[i] = uint8_t(i * 7919 % 251);
+    savePicture(dir / "photo.jpg", photo, 90);
+    writeText(dir / "p.xyz", readText(dir / "p.png"));
+    writeText(dir / "f.yuv", readText(dir / "f.nv12"));
+    writeText(dir / "f_64x48_64x46.nv12", readText(dir / "f.nv12"));
+    writeText(dir / "bad.y4m", "YUV4MPEG2 W64 H48 C422\nFRAME\n");
+    // A header claiming 37000x37000 and nothing else.
+    const std::vector<uint8_t> huge = pngHeaderOnly(37000, 37000);
+    writeText(dir / "huge.png", std::string(huge.begin(), huge.end()));
+    const std::string jpeg = readText(dir / "photo.jpg");
+    writeText(dir / "cut.jpg", jpeg.substr(0, jpeg.size() / 2));
     const std::string raw = "apply f.nv12 -r n.json --size 64x48 ";
     const struct {
         std::string args, message;
@@ -143,24 +290,38 @@ TEST(Commands, RefuseBadInputWithoutTouchingAnyFile) {
         long lines = 1;
     } cases[] = {
         {"apply missing.png o.png -r n.json", "missing.png: cannot open"},
-        {"apply fake.png o.png -r n.json", "fake.png: not a readable PNG file"},
-        {"apply odd.png o.png -r n.json", "frame size 33x32: width and height must be even"},
+        {"apply fake.png o.png -r n.json", "fake.png: not a picture lut2d reads"},
+        {"apply huge.png o.png -r n.json", "huge.png: 37000x37000 is 1369 megapixels, more than"},
+        {"apply cut.jpg o.png -r n.json", "cut.jpg: not a readable picture: "},
+        {"apply p.png o.bmp -r n.json", "o.bmp: lut2d cannot write a .bmp name; it writes"},
+        {"apply p.png o.heic -r n.json", "o.heic: lut2d cannot write a .heic name"},
+        {"apply p.xyz o.png -r n.json", "p.xyz: lut2d does not know what a .xyz name holds"},
+        {"apply f.yuv o.nv12 -r n.json --size 64x48",
+         "f.yuv: does not say how its frames are laid"},
+        {"apply p.png o.yuv -r n.json", "o.yuv: does not say how its frames are laid out"},
+        {"apply p.png o.nv12 -r n.json --format i420", "o.nv12: the name says nv12 but --format"},
+        {"apply p.png o.png -r n.json --format i420",
+         "--format: neither p.png nor o.png holds raw"},
+        {"apply bad.y4m o.y4m -r n.json", "bad.y4m: y4m colour space 422 is not 8-bit 4:2:0"},
+        {"apply p.png o.png -r n.json --range video", "--range: video not in {full,limited}", 2},
         {"apply p.png o.png -r nofield.json", "nofield.json: missing field \"s_shift\""},
         {"apply p.png o.png -r order.bin", "order.bin: l_boundary_end_A = 100 must not be below"},
         {"apply p.png o.png -r n.json --size 64x48", "--size: only raw input frames need a size"},
-        {"apply f.nv12 o.nv12 -r n.json", "f.nv12: raw frames need --size"},
+        {"apply f.nv12 o.nv12 -r n.json", "f.nv12: raw frames need --size WIDTHxHEIGHT, or a name"},
+        {"apply f_64x48_64x46.nv12 o.nv12 -r n.json",
+         "the name carries two sizes, 64x48 and 64x46"},
         {"apply f.nv12 o.nv12 -r n.json --size 64by48", "--size 64by48: expected WIDTHxHEIGHT"},
         {"apply f.nv12 o.nv12 -r n.json --size 64x46",
          "f.nv12: 4608 bytes is not a whole number of 64x46 frames (stride 64: 4416 bytes each)"},
         {raw + "o.nv12 --stride 62", "f.nv12: stride 62 must be even, at least the width"},
-        {raw + "o.nv21", "o.nv21: the name says nv21 but the frames are nv12"},
         {raw + "f.nv12", "f.nv12: is also an input (f.nv12)"},
-        {raw + "n.json", "n.json: is also an input"},
+        {raw + "n.json", "n.json: lut2d cannot write a .json name"},
         {raw + "o.nv12 --compare c.yuv", "--compare c.yuv: the comparison is a picture"},
+        {"apply p.png o.y4m -r n.json --size 64x48", "--size: only raw input frames"},
         // The output is under way when the comparison turns out unwritable.
         {raw + "o.nv12 --compare no/dir/c.png", "no/dir/c.png: cannot write in"},
         {"apply two.nv12 o.png -r n.json --size 64x48",
-         "two.nv12 holds 2 frames; write them to a raw file, not to the picture o.png"},
+         "two.nv12 holds 2 frames; write them to a raw file or y4m clip, not to the picture o.png"},
         {raw + "o.nv12 --bogus", "The following argument was not expected: --bogus", 2},
         {"record show short.bin", "a binary tuning record is 1784 bytes, this file has 1000"},
         {"record convert order.bin o.json", "not converted; o.json is not written", 1, 2},

@@ -31,13 +31,13 @@ TEST(Demo, ShowsTheShowcaseMovingFoliageAndSkyAndNothingElse) {
 
     const ChartLayout L = chartLayout();
     const YuvFrame source = rgbToYuv(makeTestChart(), ChromaOrder::Nv12, kChartWidth);
-    EXPECT_EQ(readPicture(dir / "out/before.png"), yuvToRgb(source));
+    EXPECT_EQ(loadPicture(dir / "out/before.png"), yuvToRgb(source));
     for (const auto& [mode, file] : {std::pair{LUT2D_MODE_CHRUS, "after-full.png"},
                                      std::pair{LUT2D_MODE_YDS, "after-low.png"}}) {
         YuvFrame showcase = source, neutral = source;
         LibraryHandle(showcaseRecord(), source.geometry, mode).process(showcase);
         LibraryHandle(neutralRecord(), source.geometry, mode).process(neutral);
-        EXPECT_EQ(readPicture(dir / "out" / file), yuvToRgb(showcase)) << file;
+        EXPECT_EQ(loadPicture(dir / "out" / file), yuvToRgb(showcase)) << file;
         EXPECT_FALSE(same(neutral, showcase, L.foliagePatch)) << file;
         EXPECT_FALSE(same(neutral, showcase, L.skyPatch)) << file;
         for (const Rect& kept : {L.greyRamp, L.skinPatch, L.hairPatch, L.shirtPatch, L.roadPatch}) {

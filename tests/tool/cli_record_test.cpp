@@ -74,7 +74,32 @@ TEST(RecordCommands, CheckNamesEachProblemWithFieldAndIndexAndTheLibrarysVerdict
     const RunResult good = dir.run("record check fixed.json");
     EXPECT_EQ(good.exitCode, 0);
     EXPECT_EQ(good.out,
-              "fixed.json: ok: the library's validation accepts it and every invariant holds\n");
+              "fixed.json: ok: the library's validation accepts it and every invariant holds\n"
+              "fixed.json: lint: no red seam, fold-over or near-grey push\n");
+}
+
+TEST(RecordCommands, CheckListsLintWarningsAfterTheVerdictAndStrictMakesThemErrors) {
+    ScratchDir dir;
+    ISP2DLUTInStruct_V10 r = neutralRecord();
+    for (int j = 1; j < 16; ++j) r.lut_2d_s[24 * 16 + j] = 40;  // 2 % more saturation at 360 only
+    writeText(dir / "seam.bin", bytesOf(r));
+    const std::string seam =
+        "seam.bin: ok: the library's validation accepts it and every invariant holds\n"
+        "seam.bin: lint warning: red seam: lut_2d_s row 0 (0 degrees) and row 24 (360 degrees) "
+        "are both red but differ, largest jump 2.0 % at saturation node 1 (7 %); jump per "
+        "saturation node: 0.0 2.0 2.0 2.0 2.0 2.0 2.0 2.0 2.0 2.0 2.0 2.0 2.0 2.0 2.0 2.0; make "
+        "lut_2d_s[24][1..15] equal lut_2d_s[0][1..15]\n"
+        "seam.bin: lint: 1 warning (--strict makes them errors)\n";
+    const RunResult warned = dir.run("record check seam.bin");
+    EXPECT_EQ(warned.exitCode, 0);
+    EXPECT_EQ(warned.out, seam);
+    const RunResult strict = dir.run("record check --strict seam.bin");
+    EXPECT_EQ(strict.exitCode, 1);
+    EXPECT_NE(strict.out.find("seam.bin: lint error: red seam"), std::string::npos) << strict.out;
+    EXPECT_NE(strict.out.find("seam.bin: lint: 1 warning, errors under --strict"),
+              std::string::npos);
+    ASSERT_EQ(dir.run("record new --showcase s.json").exitCode, 0);
+    EXPECT_EQ(dir.run("record check --strict s.json").exitCode, 0);
 }
 
 TEST(RecordCommands, ShowPrintsTheRecordReadably) {
@@ -85,7 +110,7 @@ TEST(RecordCommands, ShowPrintsTheRecordReadably) {
     for (const char* part :
          {"s.bin: binary tuning record", "h_shift       2",
           "lightness     0 up to 32, rising to full at 288", "   7   3584  105.0 deg   inv 32",
-          "     8  120 |    0 -142 -284 -427", "0 problems"}) {
+          "     8  120 |    0    0  -10  -37", "0 problems"}) {
         EXPECT_NE(r.out.find(part), std::string::npos) << part << "\n" << r.out;
     }
 }

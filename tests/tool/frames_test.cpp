@@ -1,10 +1,11 @@
-// Pictures to frames and back: full-range BT.601, 2x2 chroma, NV12/NV21, geometry limits,
-// and the JPEG codec (PNG is lossless: the end-to-end tests rely on it).
+// Pictures to frames and back (full-range BT.601, 2x2 chroma, smooth chroma on the way back),
+// geometry limits, colour range, raw layouts, y4m clips and sizes in file names.
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
 #include <cstdlib>
+#include <random>
 
 #include "image_io.h"
 #include "tool_error.h"
@@ -71,18 +72,142 @@ TEST(Geometry, RefusesWhatTheLibraryCannotProcess) {
     }
 }
 
-TEST(Pictures, JpegComesBackClose) {
-    ScratchDir dir;
-    RgbImage img(64, 32);
-    for (uint32_t y = 0; y < 32; ++y)
-        for (uint32_t x = 0; x < 64; ++x) img.set(x, y, {uint8_t(x * 4), uint8_t(y * 8), 90});
-    savePicture(dir / "a.JPG", img, 100);
-    const RgbImage jpeg = readPicture(dir / "a.JPG");
-    ASSERT_EQ(jpeg.pixels.size(), img.pixels.size());
-    for (size_t i = 0; i < img.pixels.size(); ++i)
-        EXPECT_LE(std::abs(jpeg.pixels[i] - img.pixels[i]), 12) << i;
-    writeText(dir / "x.jpeg", "not a picture");
-    EXPECT_THROW(readPicture(dir / "x.jpeg"), ToolError);
+TEST(YuvToRgb, UpsamplesChromaSmoothlyBetweenBlocks) {
+    // Grey luma; Cr 200 in the left two blocks, 56 in the right two.
+    YuvFrame f(FrameGeometry{8, 2, 8, ChromaOrder::Nv12});
+    std::fill(f.luma.begin(), f.luma.end(), uint8_t{128});
+    f.chroma = {128, 200, 128, 200, 128, 56, 128, 56};
+    const RgbImage img = yuvToRgb(f);
+    std::vector<int> red;
+    for (uint32_t x = 0; x < 8; ++x) red.push_back(img.at(x, 0).r);
+    // Flat ends exactly as a per-block conversion: 128 + 1.402 * 72 and 128 - 1.402 * 72.
+    // Next to the edge each pixel takes 3/4 of its own block and 1/4 of its neighbour's:
+    // Cr 164 and 92.
+    EXPECT_EQ(red, (std::vector<int>{229, 229, 229, 178, 78, 27, 27, 27}));
+    EXPECT_EQ(img.at(3, 1), img.at(3, 0));
+}
+
+TEST(ColourRange, ConvertsKnownValuesAndLimitedComesBackExactly) {
+    YuvFrame f(FrameGeometry{4, 2, 6, ChromaOrder::Nv12});
+    f.luma = {16, 235, 126, 0, 9, 9, 255, 128, 16, 16, 9, 9};
+    f.chroma = {16, 240, 128, 100, 9, 9};
+    YuvFrame full = f;
+    limitedToFull(full);
+    // Y' = (Y - 16) * 255 / 219, C' = 128 + (C - 128) * 255 / 224, rounded and clamped;
+    // the padding (9) is left alone.
+    EXPECT_EQ(full.luma, (std::vector<uint8_t>{0, 255, 128, 0, 9, 9, 255, 130, 0, 0, 9, 9}));
+    EXPECT_EQ(full.chroma, (std::vector<uint8_t>{1, 255, 128, 96, 9, 9}));
+    fullToLimited(full);
+    EXPECT_EQ(full.luma, (std::vector<uint8_t>{16, 235, 126, 16, 9, 9, 235, 128, 16, 16, 9, 9}));
+    EXPECT_EQ(full.chroma, (std::vector<uint8_t>{16, 240, 128, 100, 9, 9}));
+    // Every value inside the limited range survives the trip to full range and back.
+    YuvFrame all(FrameGeometry{256, 2, 256, ChromaOrder::Nv12});
+    for (int v = 0; v < 256; ++v) all.luma[v] = all.luma[256 + v] = all.chroma[v] = uint8_t(v);
+    YuvFrame back = all;
+    limitedToFull(back);
+    fullToLimited(back);
+    for (int v = 16; v <= 235; ++v) EXPECT_EQ(back.luma[v], v);
+    for (int v = 16; v <= 240; ++v) EXPECT_EQ(back.chroma[v], v);
+}
+
+TEST(RawLayouts, InterleavePlanarChromaAndComeBackByteForByteWithPadding) {
+    // 4x2 with stride 6: luma 12 bytes; I420 chroma: a Cb plane of 3 bytes, a Cr plane of 3.
+    const std::vector<uint8_t> i420 = {1,  2,  3,  4,  5,  6,  7,  8,  9,
+                                       10, 11, 12, 20, 21, 22, 30, 31, 32};
+    YuvFrame nv12(FrameGeometry{4, 2, 6, ChromaOrder::Nv12});
+    unpackRawFrame(i420, RawLayout::I420, nv12);
+    EXPECT_EQ(nv12.chroma, (std::vector<uint8_t>{20, 30, 21, 31, 22, 32}));
+    EXPECT_EQ(
+        packRawFrame(nv12, RawLayout::Nv21),
+        (std::vector<uint8_t>{1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 30, 20, 31, 21, 32, 22}));
+    EXPECT_EQ(
+        packRawFrame(nv12, RawLayout::Yv12),
+        (std::vector<uint8_t>{1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 30, 31, 32, 20, 21, 22}));
+    // Any layout, read into either chroma order and written back, is unchanged.
+    std::mt19937 rng(3);
+    const FrameGeometry g{10, 6, 14};
+    std::vector<uint8_t> bytes(g.frameBytes());
+    for (uint8_t& b : bytes) b = static_cast<uint8_t>(rng());
+    for (RawLayout layout : {RawLayout::I420, RawLayout::Yv12, RawLayout::Nv12, RawLayout::Nv21}) {
+        for (ChromaOrder order : {ChromaOrder::Nv12, ChromaOrder::Nv21}) {
+            YuvFrame f(FrameGeometry{g.width, g.height, g.stride, order});
+            unpackRawFrame(bytes, layout, f);
+            EXPECT_EQ(packRawFrame(f, layout), bytes) << layoutName(layout);
+        }
+    }
+}
+
+std::span<const uint8_t> asBytes(const std::string& s) {
+    return {reinterpret_cast<const uint8_t*>(s.data()), s.size()};
+}
+
+TEST(Y4m, ReadsFfmpegClipsAndWritesThemBackByteForByte) {
+    const std::string header =
+        "YUV4MPEG2 W8 H6 F30000:1001 Ip A1:1 C420mpeg2 XYSCSS=420MPEG2 XCOLORRANGE=LIMITED\n";
+    std::string clip = header;
+    for (int k = 0; k < 2; ++k) {
+        clip += k == 0 ? "FRAME\n" : "FRAME Ixyz\n";  // frame parameters are allowed
+        for (int i = 0; i < 72; ++i) clip += static_cast<char>(16 + 7 * i + k);
+    }
+    const Y4mClip c = decodeY4m(asBytes(clip), kDefaultMaxPixels, "c.y4m");
+    ASSERT_EQ(c.frames.size(), 2u);
+    EXPECT_EQ(c.header.range, ColourRange::Limited);
+    EXPECT_EQ(c.frames[1].luma[0], 17);
+    EXPECT_EQ(c.frames[0].chroma[0], uint8_t(16 + 7 * 48));  // first Cb
+    EXPECT_EQ(c.frames[0].chroma[1], uint8_t(16 + 7 * 60));  // first Cr
+    std::string back = c.header.text(ColourRange::Limited, false);
+    for (const YuvFrame& f : c.frames) {
+        const std::vector<uint8_t> b = y4mFrameBytes(f);
+        back += std::string(b.begin(), b.end());
+    }
+    std::string expected = clip;
+    expected.replace(expected.find("FRAME Ixyz"), 10, "FRAME");
+    EXPECT_EQ(back, expected);
+    std::string full = header;
+    EXPECT_EQ(c.header.text(ColourRange::Full, false),
+              full.replace(full.find("LIMITED"), 7, "FULL"));
+    EXPECT_EQ(makeY4mHeader({8, 4, 8}).text(ColourRange::Full, true),
+              "YUV4MPEG2 W8 H4 F25:1 Ip A1:1 C420jpeg XYSCSS=420JPEG XCOLORRANGE=FULL\n");
+
+    const struct {
+        std::string bytes, message;
+    } bad[] = {
+        {"YUV4MPEG2 W8 H6 C422\nFRAME\n", "c.y4m: y4m colour space 422 is not 8-bit 4:2:0"},
+        {"YUV4MPEG2 W8 H4\nFRAME\n", "c.y4m: frame size 8x4: a height of 4 rows cannot be"},
+        {"YUV4MPEG2 W8\n", "c.y4m: y4m header has no frame size"},
+        {"YUV4MPEG W8 H4\n", "c.y4m: not a y4m clip"},
+        {"YUV4MPEG2 W7 H4\nFRAME\n", "c.y4m: frame size 7x4: width and height must be even"},
+        {header + "FRAME\n" + std::string(71, 'a'), "c.y4m: y4m frame 1 is cut short: 71 of 72"},
+        {header + "FRAMES\n", "c.y4m: y4m frame 1 is cut short"},
+        {header + "JUNK\n", "c.y4m: y4m frame 1 does not start with FRAME"},
+        {header, "c.y4m: the y4m clip holds no frame"},
+        // 40000x40000 needs 2.4 GB per frame: refused before anything is allocated.
+        {"YUV4MPEG2 W40000 H40000\nFRAME\n", "c.y4m: 40000x40000 is 1600 megapixels, more "},
+    };
+    for (const auto& b : bad) {
+        std::string message;
+        try {
+            decodeY4m(asBytes(b.bytes), kDefaultMaxPixels, "c.y4m");
+        } catch (const ToolError& e) {
+            message = e.what();
+        }
+        EXPECT_EQ(message.rfind(b.message, 0), 0u) << message;
+    }
+}
+
+TEST(FileNames, GiveKindLayoutAndSize) {
+    EXPECT_EQ(fileKindOf("a.HEIC"), FileKind::Picture);
+    EXPECT_EQ(fileKindOf("a.y4m"), FileKind::Y4m);
+    EXPECT_EQ(fileKindOf("a.yuv"), FileKind::Raw);
+    EXPECT_EQ(fileKindOf("a.bmp"), FileKind::Unknown);
+    EXPECT_EQ(layoutOfName("a.YV12"), RawLayout::Yv12);
+    EXPECT_EQ(layoutOfName("a.yuv"), std::nullopt);
+    using Size = std::optional<std::pair<uint32_t, uint32_t>>;
+    EXPECT_EQ(sizeFromName("dir_9x9/clip_1920x1080.nv12"), Size({1920, 1080}));
+    EXPECT_EQ(sizeFromName("640X480-and-640x480.yuv"), Size({640, 480}));
+    EXPECT_EQ(sizeFromName("x264.nv12"), Size());
+    EXPECT_EQ(sizeFromName("a12345678901x2.nv12"), Size());  // too many digits for a size
+    EXPECT_THROW(sizeFromName("a_64x48_32x32.yuv"), ToolError);
 }
 
 }  // namespace

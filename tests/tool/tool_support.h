@@ -5,7 +5,10 @@
 #include <filesystem>
 #include <map>
 #include <string>
+#include <vector>
 
+#include "frame_io.h"
+#include "image_io.h"
 #include "raster.h"
 #include "yuv.h"
 
@@ -25,9 +28,9 @@ class ScratchDir {
     ScratchDir();
     ~ScratchDir();
     fs::path operator/(const std::string& name) const { return path_ / name; }
-    // Runs lut2d in this folder with `args`, split into words by the shell; its output goes
-    // to files outside the folder.
-    RunResult run(const std::string& args) const;
+    // Runs lut2d in this folder with `args`, split into words by the shell, after the shell
+    // commands `prefix` (a ulimit, say); its output goes to files outside the folder.
+    RunResult run(const std::string& args, const std::string& prefix = "") const;
 
   private:
     fs::path path_;
@@ -37,6 +40,14 @@ std::string readText(const fs::path& p);
 void writeText(const fs::path& p, const std::string& bytes);
 // Every entry of `folder` (hidden ones included) with its contents.
 std::map<std::string, std::string> snapshot(const fs::path& folder);
+
+// A picture file's pixels.
+inline RgbImage loadPicture(const fs::path& p) {
+    return readPicture(p, kDefaultMaxPixels).image;
+}
+
+// A PNG of a header (IHDR) claiming `w` x `h`, ten bytes of data and an end.
+std::vector<uint8_t> pngHeaderOnly(uint32_t w, uint32_t h);
 
 // A frame as a raw file holds it: luma, then chroma.
 inline std::string frameBytes(const YuvFrame& f) {

@@ -1,15 +1,16 @@
-// lut2d apply: adjusts pictures, single raw frames or raw frame sequences with one handle.
+// lut2d apply: adjusts a picture, or the frames of a raw file or y4m clip with one handle.
 
 #include <unistd.h>
 
 #include <chrono>
 #include <cstdio>
-#include <fstream>
 #include <memory>
 #include <string>
 
+#include "canvas.h"
 #include "commands.h"
 #include "files.h"
+#include "frame_io.h"
 #include "image_io.h"
 #include "library.h"
 #include "raster.h"
@@ -25,58 +26,6 @@ using Clock = std::chrono::steady_clock;
 double millisecondsSince(Clock::time_point start) {
     return std::chrono::duration<double, std::milli>(Clock::now() - start).count();
 }
-
-// "1920x1080" -> width and height.
-void parseSize(const std::string& text, uint32_t& width, uint32_t& height) {
-    unsigned long w = 0, h = 0;
-    char x = 0;
-    char extra = 0;
-    if (std::sscanf(text.c_str(), "%lu%c%lu%c", &w, &x, &h, &extra) != 3 ||
-        (x != 'x' && x != 'X') || w == 0 || h == 0 || w > UINT32_MAX || h > UINT32_MAX) {
-        throw ToolError("--size " + text + ": expected WIDTHxHEIGHT, for example 1920x1080");
-    }
-    width = static_cast<uint32_t>(w);
-    height = static_cast<uint32_t>(h);
-}
-
-// Raw frames read one by one from a file holding a whole number of them.
-class RawReader {
-  public:
-    RawReader(const fs::path& path, const FrameGeometry& g) : path_(path), geometry_(g) {
-        std::error_code ec;
-        if (fs::is_directory(path, ec))
-            throw ToolError(path.string() + ": is a folder, not a file");
-        const uintmax_t bytes = fs::file_size(path, ec);
-        in_.open(path, std::ios::binary);
-        if (ec || !in_) {
-            throw ToolError(path.string() +
-                            ": cannot open: " + (ec ? ec.message() : std::string("not readable")));
-        }
-        const size_t frameBytes = g.frameBytes();
-        if (bytes == 0 || bytes % frameBytes != 0) {
-            throw ToolError(path.string() + ": " + std::to_string(bytes) +
-                            " bytes is not a whole number of " + std::to_string(g.width) + "x" +
-                            std::to_string(g.height) + " frames (stride " +
-                            std::to_string(g.stride) + ": " + std::to_string(frameBytes) +
-                            " bytes each); check --size and --stride");
-        }
-        frames_ = static_cast<size_t>(bytes / frameBytes);
-    }
-    size_t frames() const { return frames_; }
-    void read(YuvFrame& f) {
-        in_.read(reinterpret_cast<char*>(f.luma.data()),
-                 static_cast<std::streamsize>(f.luma.size()));
-        in_.read(reinterpret_cast<char*>(f.chroma.data()),
-                 static_cast<std::streamsize>(f.chroma.size()));
-        if (!in_) throw ToolError(path_.string() + ": cannot read: the file ended early");
-    }
-
-  private:
-    fs::path path_;
-    FrameGeometry geometry_;
-    std::ifstream in_;
-    size_t frames_ = 0;
-};
 
 // A progress bar on standard error, shown only when it is a terminal.
 class Progress {
@@ -108,30 +57,96 @@ class Progress {
     Clock::time_point last_{};
 };
 
-// The chroma order of raw frames: --format, else what a raw file's name says (.nv12, .nv21),
-// else NV12. A name that contradicts --format or the other file's name is refused.
-ChromaOrder chromaOrderFor(const ApplyOptions& o) {
-    std::optional<ChromaOrder> order = o.order;
-    std::string decidedBy = "--format";
-    for (const fs::path& p : {o.input, o.output}) {
-        const std::string ext = extensionOf(p);
-        if (ext != ".nv12" && ext != ".nv21") continue;
-        const ChromaOrder named = ext == ".nv21" ? ChromaOrder::Nv21 : ChromaOrder::Nv12;
-        if (order && *order != named) {
-            throw ToolError(p.string() + ": the name says " + ext.substr(1) +
-                            " but the frames are " +
-                            (*order == ChromaOrder::Nv21 ? "nv21" : "nv12") + " (by " + decidedBy +
-                            "); raw frames are written in the order they are read");
-        }
-        order = named;
-        decidedBy = p.string();
-    }
-    return order.value_or(ChromaOrder::Nv12);
+std::string extensionText(const fs::path& p) {
+    const std::string ext = extensionOf(p);
+    return ext.empty() ? "a name without an extension" : "a " + ext + " name";
 }
 
-void writeRaw(OutputFile& out, const YuvFrame& f) {
-    out.write(f.luma);
-    out.write(f.chroma);
+// The layouts of the raw input and output, from --format and the names.
+struct Layouts {
+    RawLayout input = RawLayout::Nv12;
+    RawLayout output = RawLayout::Nv12;
+};
+
+Layouts rawLayouts(const ApplyOptions& o, FileKind inKind, FileKind outKind) {
+    Layouts l;
+    const std::string ask =
+        " does not say how its frames are laid out; give --format i420, "
+        "yv12, nv12 or nv21";
+    if (inKind == FileKind::Raw) {
+        const std::optional<RawLayout> named = layoutOfName(o.input);
+        if (!o.format && !named) throw ToolError(o.input.string() + ":" + ask);
+        l.input = o.format ? *o.format : *named;
+    }
+    if (outKind == FileKind::Raw) {
+        const std::optional<RawLayout> named = layoutOfName(o.output);
+        if (named && o.format && inKind != FileKind::Raw && *named != *o.format) {
+            throw ToolError(o.output.string() + ": the name says " + layoutName(*named) +
+                            " but --format says " + layoutName(*o.format));
+        }
+        if (named) {
+            l.output = *named;
+        } else if (inKind == FileKind::Raw) {
+            l.output = l.input;
+        } else if (o.format) {
+            l.output = *o.format;
+        } else {
+            throw ToolError(o.output.string() + ":" + ask);
+        }
+    }
+    return l;
+}
+
+// Where the frames come from: a picture (one frame) or a FrameReader.
+struct Input {
+    std::unique_ptr<FrameReader> reader;
+    std::unique_ptr<YuvFrame> frame;
+    uint32_t pictureWidth = 0, pictureHeight = 0;  // a picture's own size (before extending)
+    size_t frames = 1;
+};
+
+Input openInput(const ApplyOptions& o, FileKind inKind, const Layouts& layouts) {
+    Input in;
+    const std::string source = o.input.string();
+    if (inKind == FileKind::Picture) {
+        const DecodedPicture picture = readPicture(o.input, o.maxPixels);
+        for (const std::string& note : picture.notes) {
+            std::fprintf(stderr, "lut2d: warning: %s: %s\n", source.c_str(), note.c_str());
+        }
+        in.pictureWidth = picture.image.width;
+        in.pictureHeight = picture.image.height;
+        const RgbImage even = extendForLibrary(picture.image);
+        const FrameGeometry g{even.width, even.height, o.stride.value_or(even.width),
+                              ChromaOrder::Nv12};
+        checkGeometry(g, source);
+        in.frame = std::make_unique<YuvFrame>(rgbToYuv(even, g.order, g.stride));
+        return in;
+    }
+    uint64_t bytes = 0;
+    std::unique_ptr<std::istream> stream = openForReading(o.input, bytes);
+    if (inKind == FileKind::Y4m) {
+        in.reader =
+            FrameReader::y4m(std::move(stream), bytes, o.stride.value_or(0), o.maxPixels, source);
+    } else {
+        FrameGeometry g;
+        if (o.size) {
+            parseSize(*o.size, "--size " + *o.size, g.width, g.height);
+        } else if (const auto named = sizeFromName(o.input)) {
+            g.width = named->first;
+            g.height = named->second;
+        } else {
+            throw ToolError(source +
+                            ": raw frames need --size WIDTHxHEIGHT, or a name that carries it "
+                            "(clip_1920x1080.nv12)");
+        }
+        g.stride = o.stride.value_or(g.width);
+        g.order = layouts.input == RawLayout::Nv21 ? ChromaOrder::Nv21 : ChromaOrder::Nv12;
+        in.reader =
+            FrameReader::raw(std::move(stream), bytes, g, layouts.input, o.maxPixels, source);
+    }
+    in.frames = in.reader->frames();
+    in.frame = std::make_unique<YuvFrame>(in.reader->geometry());
+    return in;
 }
 
 }  // namespace
@@ -139,80 +154,116 @@ void writeRaw(OutputFile& out, const YuvFrame& f) {
 int runApply(const ApplyOptions& o) {
     const FileKind inKind = fileKindOf(o.input);
     const FileKind outKind = fileKindOf(o.output);
+    if (inKind == FileKind::Unknown) {
+        throw ToolError(o.input.string() + ": lut2d does not know what " + extensionText(o.input) +
+                        " holds; it reads " + knownNames());
+    }
+    if (outKind == FileKind::Unknown ||
+        (outKind == FileKind::Picture && !isWritablePictureName(o.output))) {
+        throw ToolError(o.output.string() + ": lut2d cannot write " + extensionText(o.output) +
+                        "; it writes pictures .png, .jpg, .webp, .tif, y4m clips .y4m and raw "
+                        "frames .nv12, .nv21, .i420, .yv12, .yuv, .raw");
+    }
     refuseToOverwriteInputs(o.output, {o.input, o.record});
     if (!o.compare.empty()) {
         refuseToOverwriteInputs(o.compare, {o.input, o.record, o.output});
-        if (fileKindOf(o.compare) == FileKind::Raw) {
+        if (!isWritablePictureName(o.compare)) {
             throw ToolError("--compare " + o.compare.string() +
-                            ": the comparison is a picture; give it a .png or .jpg name");
+                            ": the comparison is a picture; give it a .png, .jpg, .webp or .tif "
+                            "name");
         }
     }
     if (inKind != FileKind::Raw && o.size) {
         throw ToolError("--size: only raw input frames need a size; " + o.input.string() +
-                        " is a picture with its own size");
+                        " carries its own");
     }
-    if (inKind == FileKind::Raw && !o.size) {
-        throw ToolError(o.input.string() +
-                        ": raw frames need --size WIDTHxHEIGHT (name pictures .png or .jpg)");
+    if (o.format && inKind != FileKind::Raw && outKind != FileKind::Raw) {
+        throw ToolError("--format: neither " + o.input.string() + " nor " + o.output.string() +
+                        " holds raw frames");
     }
-
-    const ChromaOrder order = chromaOrderFor(o);
+    const Layouts layouts = rawLayouts(o, inKind, outKind);
     const ISP2DLUTInStruct_V10 record = readUsableRecord(o.record);
 
-    // The input: one picture, or a file of raw frames.
-    std::unique_ptr<RawReader> raw;
-    std::unique_ptr<YuvFrame> frame;
-    size_t frameCount = 1;
-    if (inKind == FileKind::Raw) {
-        FrameGeometry g;
-        parseSize(*o.size, g.width, g.height);
-        g.stride = o.stride.value_or(g.width);
-        g.order = order;
-        checkGeometry(g, o.input.string());
-        raw = std::make_unique<RawReader>(o.input, g);
-        frameCount = raw->frames();
-        frame = std::make_unique<YuvFrame>(g);
-    } else {
-        const RgbImage picture = readPicture(o.input);
-        const FrameGeometry g{picture.width, picture.height, o.stride.value_or(picture.width),
-                              order};
-        checkGeometry(g, o.input.string());
-        frame = std::make_unique<YuvFrame>(rgbToYuv(picture, g.order, g.stride));
-    }
-    if (frameCount > 1 && outKind != FileKind::Raw) {
-        throw ToolError(o.input.string() + " holds " + std::to_string(frameCount) +
-                        " frames; write them to a raw file, not to the picture " +
+    Input in = openInput(o, inKind, layouts);
+    if (in.frames > 1 && outKind == FileKind::Picture) {
+        throw ToolError(o.input.string() + " holds " + std::to_string(in.frames) +
+                        " frames; write them to a raw file or y4m clip, not to the picture " +
                         o.output.string());
+    }
+    // One colour range for the command: --range, else what a y4m clip says, else full.
+    const std::optional<Y4mHeader> inHeader =
+        in.reader ? in.reader->y4mHeader() : std::optional<Y4mHeader>();
+    ColourRange range = ColourRange::Full;
+    if (o.range) {
+        range = *o.range;
+        if (inHeader && inHeader->range && *inHeader->range != range) {
+            std::fprintf(stderr, "lut2d: note: %s is tagged %s range; --range %s overrides it\n",
+                         o.input.string().c_str(), rangeName(*inHeader->range), rangeName(range));
+        }
+    } else if (inHeader && inHeader->range) {
+        range = *inHeader->range;
+    } else if (inHeader) {
+        std::fprintf(stderr,
+                     "lut2d: note: %s carries no XCOLORRANGE tag: read as full range (most "
+                     "video is limited range: give --range limited)\n",
+                     o.input.string().c_str());
     }
     if (record.enable == 0) {
         std::fprintf(stderr, "lut2d: note: %s has enable 0: frames pass through unchanged\n",
                      o.record.string().c_str());
     }
 
-    LibraryHandle handle(record, frame->geometry, o.mode);
+    YuvFrame& frame = *in.frame;
+    const FrameGeometry& g = frame.geometry;
+    const bool yuvIn = inKind != FileKind::Picture;
+    const uint32_t shownW = yuvIn ? g.width : in.pictureWidth;
+    const uint32_t shownH = yuvIn ? g.height : in.pictureHeight;
+    // What a person sees of a frame: RGB, cropped back to a picture's own size.
+    auto picture = [&](const YuvFrame& f) { return cropTo(yuvToRgb(f), shownW, shownH); };
+
+    LibraryHandle handle(record, g, o.mode);
     OutputFile out(o.output);
     std::unique_ptr<OutputFile> compare;
     if (!o.compare.empty()) compare = std::make_unique<OutputFile>(o.compare);
+    if (outKind == FileKind::Y4m) {
+        const Y4mHeader header = inHeader ? *inHeader : makeY4mHeader(g);
+        const std::string text =
+            header.text(range, o.range.has_value() || !inHeader || inHeader->range.has_value());
+        out.write({reinterpret_cast<const uint8_t*>(text.data()), text.size()});
+    }
 
-    Progress progress(frameCount);
+    Progress progress(in.frames);
     double processMs = 0;
-    for (size_t i = 0; i < frameCount; ++i) {
-        if (raw) raw->read(*frame);
+    for (size_t i = 0; i < in.frames; ++i) {
+        if (in.reader) {
+            in.reader->read(frame);
+            if (range == ColourRange::Limited) limitedToFull(frame);
+        }
         std::unique_ptr<RgbImage> before;
-        if (compare && i == 0) before = std::make_unique<RgbImage>(yuvToRgb(*frame));
+        if (compare && i == 0) before = std::make_unique<RgbImage>(picture(frame));
         const auto start = Clock::now();
-        handle.process(*frame);
+        handle.process(frame);
         processMs += millisecondsSince(start);
-        if (outKind == FileKind::Raw) {
-            writeRaw(out, *frame);
+        if (outKind == FileKind::Picture) {
+            writePicture(out, picture(frame), o.jpegQuality);
         } else {
-            writePicture(out, yuvToRgb(*frame), o.jpegQuality);
+            YuvFrame written = frame;
+            if (range == ColourRange::Limited) fullToLimited(written);
+            out.write(outKind == FileKind::Y4m ? y4mFrameBytes(written)
+                                               : packRawFrame(written, layouts.output));
         }
         if (before) {
-            const RgbImage after = yuvToRgb(*frame);
-            const std::string afterLabel = std::string("AFTER (") + modeName(o.mode) + ")";
-            writePicture(*compare, labelledGrid({before.get(), &after}, {"BEFORE", afterLabel}, 2),
-                         o.jpegQuality);
+            const RgbImage after = picture(frame);
+            int gain = 0;
+            const RgbImage diff = differencePicture(*before, after, 0, gain);
+            const std::string afterLabel = std::string("After (") + modeName(o.mode) + ")";
+            const std::string diffLabel = "Difference |after - before| x " + std::to_string(gain) +
+                                          " (white: " + std::to_string(255 / gain) +
+                                          " levels or more)";
+            writePicture(
+                *compare,
+                labelledGrid({before.get(), &after, &diff}, {"Before", afterLabel, diffLabel}, 3),
+                o.jpegQuality);
         }
         progress.update(i + 1);
     }
@@ -220,11 +271,13 @@ int runApply(const ApplyOptions& o) {
     out.commit();
     if (compare) compare->commit();
 
-    const FrameGeometry& g = frame->geometry;
-    std::printf("wrote %s: %zu frame%s of %ux%u, %s, %.1f ms per frame\n",
-                o.output.string().c_str(), frameCount, frameCount == 1 ? "" : "s", g.width,
-                g.height, modeName(o.mode), processMs / static_cast<double>(frameCount));
-    if (compare) std::printf("wrote %s: before | after\n", o.compare.string().c_str());
+    std::string form;
+    if (outKind == FileKind::Raw) form = std::string(", ") + layoutName(layouts.output);
+    if (outKind != FileKind::Picture) form += std::string(", ") + rangeName(range) + " range";
+    std::printf("wrote %s: %zu frame%s of %ux%u, %s, %.1f ms per frame%s\n",
+                o.output.string().c_str(), in.frames, in.frames == 1 ? "" : "s", shownW, shownH,
+                modeName(o.mode), processMs / static_cast<double>(in.frames), form.c_str());
+    if (compare) std::printf("wrote %s: before | after | difference\n", o.compare.string().c_str());
     return 0;
 }
 

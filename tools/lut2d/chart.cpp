@@ -3,7 +3,11 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdio>
+#include <string>
+#include <utility>
+#include <vector>
 
+#include "canvas.h"
 #include "record.h"
 
 namespace lut2d_tool {
@@ -173,10 +177,6 @@ void paintPanel(RgbImage& img, const Rect& r, double lightness) {
     }
 }
 
-void label(RgbImage& img, const Rect& below, const char* text) {
-    drawText(img, below.x, below.y - kLabelHeight + 3, text, kLabel, 2);
-}
-
 // The patch of `size` centred on (cx, cy) in scene coordinates (units of scene height).
 Rect scenePatch(const Rect& scene, double cx, double cy, int w, int h) {
     const int x = scene.x + static_cast<int>(cx * scene.h) - w / 2;
@@ -244,24 +244,26 @@ ChartLayout chartLayout() {
 RgbImage makeTestChart() {
     const ChartLayout L = chartLayout();
     RgbImage img(kChartWidth, kChartHeight, kGround);
+    std::vector<std::pair<Rect, std::string>> labels;
     for (int i = 0; i < ChartLayout::kPanels; ++i) {
         paintPanel(img, L.panels[i], L.panelLightness[i]);
         char text[64];
-        std::snprintf(text, sizeof text, "HUE 0-360 / SATURATION, LIGHTNESS %d%%",
+        std::snprintf(text, sizeof text, "hue 0-360 across, saturation up; lightness %d %%",
                       static_cast<int>(std::lround(L.panelLightness[i] * 100)));
-        label(img, L.panels[i], text);
+        labels.emplace_back(L.panels[i], text);
     }
     const Rect& g = L.greyRamp;
     for (int x = 0; x < g.w; ++x) {
         const auto v = static_cast<uint8_t>(x * 255 / (g.w - 1));
         fillRect(img, {g.x + x, g.y, 1, g.h}, {v, v, v});
     }
-    label(img, g, "GREYS: UNTOUCHED");
+    labels.emplace_back(g, "Greys: untouched");
     const Rect& h = L.hueRamp;
     for (int x = 0; x < h.w; ++x) {
         fillRect(img, {h.x + x, h.y, 1, h.h}, hslColour(360.0 * x / h.w, 1.0, 0.5));
     }
-    label(img, h, "HUES 0-360 AT FULL SATURATION: FOLIAGE GREENS TURN GOLD, SKY BLUES DEEPEN");
+    labels.emplace_back(
+        h, "Hues 0-360 at full saturation: foliage greens turn golden, sky blues deepen");
     const Rect& s = L.scene;
     const double aspect = static_cast<double>(s.w) / s.h;
     for (int y = 0; y < s.h; ++y) {
@@ -270,42 +272,52 @@ RgbImage makeTestChart() {
             img.set(s.x + x, s.y + y, toRgb(scenePixel(u, v, aspect, 1.0 / s.h)));
         }
     }
-    label(img, s, "SCENE: SKIN, HAIR, RED SHIRT AND GREY ROAD UNTOUCHED");
-    return img;
+    labels.emplace_back(s, "Scene: skin, hair, red shirt and grey road untouched");
+    Canvas canvas(kChartWidth, kChartHeight, kGround);
+    canvas.picture(img, 0, 0);
+    for (const auto& [below, text] : labels) {
+        canvas.text(below.x, below.y - kLabelHeight + 1, text, 14, kLabel);
+    }
+    return canvas.image();
 }
 
 ISP2DLUTInStruct_V10 showcaseRecord() {
     ISP2DLUTInStruct_V10 r = neutralRecord();
     r.h_shift = 2;  // hue offsets in steps of 4 hue units
     r.s_shift = 1;  // saturation offsets in steps of 2 saturation units
-    // Per hue node: hue turn in degrees and saturation gain as a fraction of full.
+    // Per hue node (15 degrees apart): hue turn in degrees and saturation gain as a fraction
+    // of full. Neighbouring turns differ by at most 6 degrees, well under the node spacing,
+    // so the order of hues is kept; rows 0 and 24 (both red) stay at 0.
     struct Effect {
         int node;
         double hueDegrees;
         double saturation;
     };
     const Effect effects[] = {
-        // Foliage: greens towards autumn gold, richer.
-        {5, -20, 0.15},
-        {6, -40, 0.30},
-        {7, -50, 0.40},
-        {8, -50, 0.40},
-        {9, -40, 0.30},
-        {10, -25, 0.15},
-        {11, -10, 0.0},
-        // Sky: blues deeper and more saturated.
-        {13, 5, 0.10},
-        {14, 10, 0.22},
-        {15, 10, 0.22},
-        {16, 5, 0.10},
+        // Foliage (60..165 degrees): greens towards gold, richer.
+        {4, -6, 0.04},
+        {5, -12, 0.10},
+        {6, -18, 0.16},
+        {7, -22, 0.20},
+        {8, -22, 0.20},
+        {9, -18, 0.16},
+        {10, -12, 0.10},
+        {11, -6, 0.04},
+        // Sky (195..240 degrees): blues deeper and more saturated.
+        {13, 4, 0.08},
+        {14, 8, 0.16},
+        {15, 6, 0.16},
+        {16, 0, 0.08},
     };
     const double hueStep = static_cast<double>(kHueTurn) / 360.0 / (1 << r.h_shift);
     const double satStep = static_cast<double>(kSatFull) / (1 << r.s_shift);
     for (const Effect& e : effects) {
         for (int j = 0; j < kSatNodes; ++j) {
-            // Nothing at saturation node 0, so greys and near-greys stay as they are; full
-            // strength from node 3 (20 % saturation) on.
-            const double ramp = std::min(1.0, j / 3.0);
+            // Nothing up to saturation node 1 (6.7 %), so greys and near-greys stay as they
+            // are; rising smoothly to full strength at node 8 (53 %), so that hazy, greyish
+            // colours are touched only lightly.
+            const double t = std::clamp((j - 1) / 7.0, 0.0, 1.0);
+            const double ramp = t * t * (3 - 2 * t);
             r.lut_2d_h[e.node * kSatNodes + j] =
                 static_cast<int16_t>(std::lround(e.hueDegrees * hueStep * ramp));
             r.lut_2d_s[e.node * kSatNodes + j] =

@@ -34,10 +34,11 @@ ChartLayout chartLayout();
 // road and a person with skin, brown hair and a red shirt), on a neutral grey ground.
 RgbImage makeTestChart();
 
-// The showcase tuning: turns foliage greens (75..165 degrees) towards autumn gold and makes
-// them richer, deepens and saturates sky blues (195..255 degrees), and leaves every other
-// hue (skin, red, yellow, magenta) and all greys exactly where they are. The effect fades
-// in over the darkest and out over the brightest lightness.
+// The showcase tuning: turns foliage greens (60..165 degrees) towards gold and makes them
+// richer, deepens and saturates sky blues (195..240 degrees), and leaves every other hue
+// (skin, red, yellow, magenta), greys and near-greys exactly where they are. The effect
+// grows with saturation, fades in over the darkest and out over the brightest lightness,
+// and passes the lint: no red seam, no fold-over, no near-grey push.
 ISP2DLUTInStruct_V10 showcaseRecord();
 
 }  // namespace lut2d_tool

@@ -7,6 +7,7 @@
 #include <optional>
 #include <string>
 
+#include "frame_io.h"
 #include "interface/orvix_lut2d.h"
 #include "yuv.h"
 
@@ -24,18 +25,21 @@ struct ApplyOptions {
     fs::path record;
     Lut2DMode mode = LUT2D_MODE_CHRUS;
     std::optional<std::string> size;  // "WIDTHxHEIGHT" of raw frames
-    std::optional<uint32_t> stride;   // row pitch of raw frames
-    // Chroma order of raw frames; when not given, a raw file named .nv21 or .nv12 says it,
-    // else NV12.
-    std::optional<ChromaOrder> order;
-    fs::path compare;  // optional side-by-side picture
+    std::optional<uint32_t> stride;   // row pitch of the frames the library gets
+    // Layout of raw input frames (over what the name says); of a raw output only when its
+    // name does not say and the input is not raw.
+    std::optional<RawLayout> format;
+    // Colour range of the YUV frames read and written; by default a y4m clip's tag, else full.
+    std::optional<ColourRange> range;
+    fs::path compare;  // optional before | after | difference picture
     int jpegQuality = 95;
+    uint64_t maxPixels = kDefaultMaxPixels;
 };
 
 int runDemo(const DemoOptions& options);
 int runApply(const ApplyOptions& options);
 int runRecordNew(const fs::path& output, bool showcase);
-int runRecordCheck(const fs::path& record);
+int runRecordCheck(const fs::path& record, bool strict);
 int runRecordShow(const fs::path& record);
 int runRecordConvert(const fs::path& input, const fs::path& output);
 int runPlot(const fs::path& record, const fs::path& folder);

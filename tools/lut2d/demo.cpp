@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include "canvas.h"
 #include "chart.h"
 #include "commands.h"
 #include "files.h"
@@ -120,11 +121,16 @@ int runDemo(const DemoOptions& options) {
     const RgbImage halfFull = halve(runs[0].after);
     const RgbImage halfLow = halve(runs[1].after);
     const RgbImage halfChanges = halve(runs[0].changes);
+    int gain = 0;
+    const RgbImage diffFull = differencePicture(halfBefore, halfFull, 0, gain);
+    const RgbImage diffLow = differencePicture(halfBefore, halfLow, gain, gain);
+    const std::string diffLabel = "Difference |after - before| x " + std::to_string(gain) + ": ";
     const RgbImage compare =
-        labelledGrid({&halfBefore, &halfFull, &halfLow, &halfChanges},
-                     {"BEFORE", "AFTER: FULL RESOLUTION", "AFTER: LOW RESOLUTION",
-                      "CHANGED BY THE TUNING (FULL RESOLUTION); THE REST IN GREY"},
-                     2);
+        labelledGrid({&halfBefore, &halfFull, &halfLow, &halfChanges, &diffFull, &diffLow},
+                     {"Before", "After: full resolution", "After: low resolution",
+                      "Changed by the tuning (full resolution), the rest in grey",
+                      diffLabel + "full resolution", diffLabel + "low resolution"},
+                     3);
 
     savePicture(folder / "before.png", before);
     savePicture(folder / runs[0].file, runs[0].after);
@@ -139,8 +145,8 @@ int runDemo(const DemoOptions& options) {
     std::printf("  after-full.png        adjusted in full resolution\n");
     std::printf("  after-low.png         adjusted in low resolution\n");
     std::printf(
-        "  compare.png           before, both results and the changed pixels, "
-        "side by side\n");
+        "  compare.png           before, both results, the changed pixels and the "
+        "differences\n");
     std::printf("  showcase.json         the tuning record (lut2d record show / convert)\n");
     std::printf("  hs-planes.png         hue x saturation before and after, 4 lightness levels\n");
     std::printf("  lightness-weight.png  how the effect fades with lightness\n");

@@ -2,6 +2,8 @@
 // through its public handle functions, and writes, checks, shows, converts and plots
 // tuning records.
 
+#include <signal.h>
+
 #include <CLI/CLI.hpp>
 #include <cstdio>
 #include <exception>
@@ -41,6 +43,9 @@ int guarded(F&& command) {
 
 int main(int argc, char** argv) {
     removeTemporaryOutputsOnInterrupt();
+    // A file-size limit or a full disk then fails a write, which ends in the usual error
+    // path (one line, temporary output removed) instead of killing the process.
+    signal(SIGXFSZ, SIG_IGN);
 
     CLI::App app{
         "lut2d: runs the 2-D hue/saturation LUT colour adjustment on pictures and raw YUV "
@@ -61,32 +66,59 @@ int main(int argc, char** argv) {
     ApplyOptions apply;
     std::string mode = "full";
     std::string format;
+    std::string range;
     std::string size;
     uint32_t stride = 0;
+    uint64_t maxMegapixels = kDefaultMaxPixels / 1'000'000;
     CLI::App* applyCmd = app.add_subcommand(
-        "apply", "Adjust a PNG or JPEG picture, or raw NV12/NV21 frames, with a tuning record");
-    applyCmd->add_option("input", apply.input, "Input: .png, .jpg/.jpeg, or raw frames")
-        ->required();
-    applyCmd->add_option("output", apply.output, "Output: .png, .jpg/.jpeg, or raw frames")
+        "apply",
+        "Adjust a picture, raw YUV 4:2:0 frames or a y4m clip with a tuning record. Kinds of "
+        "file go by their names: pictures .png .jpg .jpeg .webp .tif .tiff (.heic .heif to "
+        "read), y4m clips .y4m, raw frames .nv12 .nv21 .i420 .yv12 (.yuv .raw with --format)");
+    applyCmd->add_option("input", apply.input, "Input picture, raw frames or y4m clip")->required();
+    applyCmd->add_option("output", apply.output, "Output picture, raw frames or y4m clip")
         ->required();
     applyCmd->add_option("-r,--record", apply.record, "Tuning record: .json or binary")->required();
     applyCmd->add_option("-m,--mode", mode, "full (every pixel) or low (one colour per 2x2 block)")
         ->check(CLI::IsMember({"full", "low"}))
         ->capture_default_str();
-    CLI::Option* sizeOpt =
-        applyCmd->add_option("--size", size, "Size of raw frames, WIDTHxHEIGHT (e.g. 1920x1080)");
+    CLI::Option* sizeOpt = applyCmd->add_option(
+        "--size", size,
+        "Size of raw frames, WIDTHxHEIGHT (e.g. 1920x1080); default: taken from the input's "
+        "name (clip_1920x1080.nv12)");
     CLI::Option* strideOpt = applyCmd->add_option(
-        "--stride", stride, "Row pitch of raw frames in bytes (default: the width)");
+        "--stride", stride,
+        "Row pitch in bytes of the frames the library gets and of raw files (planar chroma "
+        "planes: half of it); default: the width");
     CLI::Option* formatOpt =
         applyCmd
             ->add_option("--format", format,
-                         "Chroma order of raw frames: nv12 (Cb first) or nv21 (Cr first); "
-                         "default: by a .nv12 or .nv21 name, else nv12")
-            ->check(CLI::IsMember({"nv12", "nv21"}));
+                         "Layout of raw input frames, over what the name says: i420 (Cb plane, "
+                         "Cr plane), yv12 (Cr plane, Cb plane), nv12 (Cb, Cr pairs) or nv21 "
+                         "(Cr, Cb pairs). A raw output is laid out as its name says, else like "
+                         "the input")
+            ->check(CLI::IsMember({"i420", "yv12", "nv12", "nv21"}));
+    CLI::Option* rangeOpt =
+        applyCmd
+            ->add_option("--range", range,
+                         "Colour range of the YUV frames read and written: full (0..255) or "
+                         "limited (Y 16..235, Cb and Cr 16..240, as ffmpeg's plain -pix_fmt nv12 "
+                         "and most video). The library works in full range (full-range BT.601, "
+                         "as camera pipelines and JPEG use), so limited frames are expanded for "
+                         "it and compressed back. Default: a y4m clip's XCOLORRANGE tag, else "
+                         "full")
+            ->check(CLI::IsMember({"full", "limited"}));
     applyCmd->add_option("--compare", apply.compare,
-                         "Also write a side-by-side picture of the first frame, before | after");
-    applyCmd->add_option("--quality", apply.jpegQuality, "JPEG quality of picture outputs, 1..100")
+                         "Also write a picture of the first frame: before | after | difference");
+    applyCmd
+        ->add_option("--quality", apply.jpegQuality, "JPEG and WebP quality of pictures, 1..100")
         ->check(CLI::Range(1, 100))
+        ->capture_default_str();
+    applyCmd
+        ->add_option("--max-megapixels", maxMegapixels,
+                     "Largest picture or frame to decode, in megapixels (checked before "
+                     "anything is allocated)")
+        ->check(CLI::Range(uint64_t{1}, uint64_t{4300}))
         ->capture_default_str();
 
     CLI::App* recordCmd =
@@ -97,9 +129,13 @@ int main(int argc, char** argv) {
         "new", "Write a neutral record (nodes evenly spaced, offsets 0): .json or binary");
     newCmd->add_option("output", recordOut, "The new record")->required();
     newCmd->add_flag("--showcase", showcase, "Write the demo's showcase tuning instead");
+    bool strict = false;
     CLI::App* checkCmd = recordCmd->add_subcommand(
-        "check", "Validate a record as the library does, and the invariants it relies on");
+        "check",
+        "Validate a record as the library does and the invariants it relies on, then lint it: "
+        "red seam, hue and saturation fold-over, near-grey push");
     checkCmd->add_option("record", recordIn, "Record: .json or binary")->required();
+    checkCmd->add_flag("--strict", strict, "Treat lint warnings as errors (exit status 1)");
     CLI::App* showCmd = recordCmd->add_subcommand("show", "Print a record readably");
     showCmd->add_option("record", recordIn, "Record: .json or binary")->required();
     CLI::App* convertCmd = recordCmd->add_subcommand(
@@ -111,8 +147,8 @@ int main(int argc, char** argv) {
     std::string plotFolder;
     CLI::App* plotCmd = app.add_subcommand(
         "plot",
-        "Draw what a record does: hue x saturation planes before and after, and the "
-        "lightness weight");
+        "Draw what a record does: hue x saturation planes before and after (with the places "
+        "the lint warns about outlined), and the lightness weight");
     plotCmd->add_option("record", recordIn, "Record: .json or binary")->required();
     plotCmd->add_option("folder", plotFolder, "Folder for hs-planes.png and lightness-weight.png")
         ->required();
@@ -132,13 +168,15 @@ int main(int argc, char** argv) {
     if (*demoCmd) return guarded([&] { return runDemo(demo); });
     if (*applyCmd) {
         apply.mode = mode == "low" ? LUT2D_MODE_YDS : LUT2D_MODE_CHRUS;
-        if (*formatOpt) apply.order = format == "nv21" ? ChromaOrder::Nv21 : ChromaOrder::Nv12;
+        if (*formatOpt) apply.format = layoutFromName(format);
+        if (*rangeOpt) apply.range = range == "limited" ? ColourRange::Limited : ColourRange::Full;
+        apply.maxPixels = maxMegapixels * 1'000'000;
         if (*sizeOpt) apply.size = size;
         if (*strideOpt) apply.stride = stride;
         return guarded([&] { return runApply(apply); });
     }
     if (*newCmd) return guarded([&] { return runRecordNew(recordOut, showcase); });
-    if (*checkCmd) return guarded([&] { return runRecordCheck(recordIn); });
+    if (*checkCmd) return guarded([&] { return runRecordCheck(recordIn, strict); });
     if (*showCmd) return guarded([&] { return runRecordShow(recordIn); });
     if (*convertCmd) return guarded([&] { return runRecordConvert(recordIn, recordOut); });
     if (*plotCmd) return guarded([&] { return runPlot(recordIn, plotFolder); });

@@ -3,8 +3,10 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdio>
+#include <optional>
 #include <string>
 
+#include "canvas.h"
 #include "chart.h"
 #include "image_io.h"
 #include "library.h"
@@ -18,15 +20,19 @@ namespace {
 
 constexpr Rgb kBackground{32, 32, 32};
 constexpr Rgb kText{228, 228, 228};
-constexpr Rgb kDim{140, 140, 140};
-constexpr Rgb kGrid{64, 64, 64};
+constexpr Rgb kDim{150, 150, 150};
+constexpr Rgb kGrid{70, 70, 70};
 constexpr Rgb kCurve{255, 196, 64};
+constexpr Rgb kFoldMark{255, 255, 255};
+constexpr Rgb kSeamMark{255, 64, 200};
+constexpr Rgb kGreyMark{255, 220, 0};
 
 constexpr int kPlaneW = 720;  // two pixels per degree of hue
 constexpr int kPlaneH = 256;  // saturation 100 % at the top, 0 % at the bottom
 constexpr int kPlaneGap = 8;  // grey rows between the planes in the processed frame
 constexpr double kLevels[] = {0.10, 0.35, 0.60, 0.90};
 constexpr int kLevelCount = 4;
+constexpr double kTitle = 20, kLabel = 14, kSmall = 12;
 
 // Every plane in one frame, one colour per 2x2 block so that chroma subsampling keeps it.
 RgbImage planeFrame() {
@@ -51,34 +57,61 @@ RgbImage crop(const RgbImage& img, Rect r) {
     return out;
 }
 
-// Hue axis under a plane at (x, y): a tick per hue node, labels every 60 degrees.
-void hueAxis(RgbImage& img, const ISP2DLUTInStruct_V10& r, int x, int y) {
+// Axes of a plane whose top-left corner is at (x, y): hue in degrees below with a tick per
+// hue node, saturation in percent on the left with a tick per saturation node.
+void planeAxes(Canvas& c, const ISP2DLUTInStruct_V10& r, double x, double y) {
+    c.frame(x - 0.5, y - 0.5, kPlaneW + 1, kPlaneH + 1, kDim, 1);
     for (int i = 0; i < kHueNodes; ++i) {
-        const int tx = x + r.lut_1d_h[i] * kPlaneW / kHueTurn;
-        fillRect(img, {std::min(tx, x + kPlaneW - 1), y + 1, 1, 5}, kDim);
+        const double tx = x + r.lut_1d_h[i] * double(kPlaneW) / kHueTurn;
+        c.line(tx, y + kPlaneH, tx, y + kPlaneH + 4, kDim, 1);
     }
-    const char* names[] = {"0 R", "60 Y", "120 G", "180 C", "240 B", "300 M", "360"};
+    const char* names[] = {"0 red",    "60 yellow",   "120 green", "180 cyan",
+                           "240 blue", "300 magenta", "360"};
     for (int d = 0; d <= 6; ++d) {
-        const int tx = x + d * kPlaneW / 6;
-        const int w = textWidth(names[d], 1);
-        drawText(img, std::clamp(tx - w / 2, x - 10, x + kPlaneW - w + 10), y + 9, names[d], kText,
-                 1);
+        const double tx = x + d * kPlaneW / 6.0;
+        c.line(tx, y + kPlaneH, tx, y + kPlaneH + 8, kText, 1);
+        c.text(tx, y + kPlaneH + 9, names[d], kSmall, kText,
+               d == 0   ? Align::Left
+               : d == 6 ? Align::Right
+                        : Align::Centre);
+    }
+    for (int j = 0; j < kSatNodes; ++j) {
+        const double ty = y + kPlaneH - r.lut_1d_s[j] * double(kPlaneH) / kSatFull;
+        c.line(x - 4, ty, x, ty, kDim, 1);
+    }
+    for (int p = 0; p <= 100; p += 25) {
+        const double ty = y + kPlaneH - p * kPlaneH / 100.0;
+        c.line(x - 8, ty, x, ty, kText, 1);
+        c.text(x - 10, ty - kSmall * 0.6, std::to_string(p) + "%", kSmall, kText, Align::Right);
     }
 }
 
-// Saturation axis left of a plane at (x, y): a tick per saturation node.
-void saturationAxis(RgbImage& img, const ISP2DLUTInStruct_V10& r, int x, int y) {
-    for (int j = 0; j < kSatNodes; ++j) {
-        const int ty = y + kPlaneH - 1 - r.lut_1d_s[j] * (kPlaneH - 1) / kSatFull;
-        fillRect(img, {x - 6, ty, 5, 1}, kDim);
+// A lint region on the plane at (x, y), split where it runs past 0 or 360 degrees.
+void markRegion(Canvas& c, const LintRegion& g, double x, double y, Rgb colour, bool dashed) {
+    const double top = y + kPlaneH * (1 - g.sat1 / 100), bottom = y + kPlaneH * (1 - g.sat0 / 100);
+    for (double shift : {-360.0, 0.0, 360.0}) {
+        const double h0 = std::max(0.0, g.hue0 + shift), h1 = std::min(360.0, g.hue1 + shift);
+        if (h1 <= h0) continue;
+        c.frame(x + h0 * kPlaneW / 360, top, (h1 - h0) * kPlaneW / 360, std::max(2.0, bottom - top),
+                colour, 2, dashed);
     }
-    drawText(img, x - 6 - textWidth("100%", 1) - 3, y, "100%", kText, 1);
-    drawText(img, x - 6 - textWidth("0%", 1) - 3, y + kPlaneH - 7, "0%", kText, 1);
+}
+
+Rgb markColour(LintWarning::Kind kind) {
+    switch (kind) {
+        case LintWarning::Kind::RedSeam:
+            return kSeamMark;
+        case LintWarning::Kind::NearGreyPush:
+            return kGreyMark;
+        default:
+            return kFoldMark;
+    }
 }
 
 }  // namespace
 
-RgbImage plotHueSaturationPlanes(const ISP2DLUTInStruct_V10& record) {
+RgbImage plotHueSaturationPlanes(const ISP2DLUTInStruct_V10& record,
+                                 const std::vector<LintWarning>& warnings) {
     const RgbImage source = planeFrame();
     YuvFrame frame = rgbToYuv(source, ChromaOrder::Nv12, source.width);
     const RgbImage before = yuvToRgb(frame);
@@ -88,74 +121,100 @@ RgbImage plotHueSaturationPlanes(const ISP2DLUTInStruct_V10& record) {
     }
     const RgbImage after = yuvToRgb(frame);
 
-    const int left = 70, gap = 60, title = 44, rowLabel = 26, axis = 28, rowGap = 14;
+    const int left = 90, gap = 90, top = 56, rowLabel = 30, axis = 34, rowGap = 18, legend = 60;
     const int rowH = rowLabel + kPlaneH + axis + rowGap;
-    RgbImage out(left + 2 * kPlaneW + gap + 20, title + kLevelCount * rowH, kBackground);
-    drawText(out, left, 12, "BEFORE: HUE (ACROSS) X SATURATION (UP)", kText, 2);
-    drawText(out, left + kPlaneW + gap, 12, "AFTER THE RECORD (FULL RESOLUTION)", kText, 2);
+    Canvas c(left + 2 * kPlaneW + gap + 30, top + kLevelCount * rowH + legend, kBackground);
+    c.text(left, 16, "Before: hue across, saturation up", kTitle, kText, Align::Left, true);
+    c.text(left + kPlaneW + gap, 16, "After the record (full resolution)", kTitle, kText,
+           Align::Left, true);
     for (int k = 0; k < kLevelCount; ++k) {
-        const int y = title + k * rowH;
+        const int y = top + k * rowH;
         // The record's lightness of an HSL lightness: max + min of the 10-bit components.
         const int l10 = static_cast<int>(std::lround(kLevels[k] * 2 * 1023));
         const double weight = 100.0 * lightnessWeight(record, l10) / kLightInvFull;
-        char text[96];
-        std::snprintf(text, sizeof text, "LIGHTNESS %.0f%% (L = %d OF 2046), WEIGHT %.0f%%",
+        char text[128];
+        std::snprintf(text, sizeof text,
+                      "Lightness %.0f %% (L = %d of 2046): offsets applied at %.0f %%",
                       kLevels[k] * 100, l10, weight);
-        drawText(out, left, y + 6, text, kText, 1);
+        c.text(left, y + 6, text, kLabel, kText);
         const Rect src{0, k * (kPlaneH + kPlaneGap), kPlaneW, kPlaneH};
         for (int side = 0; side < 2; ++side) {
             const int x = left + side * (kPlaneW + gap);
-            blit(out, crop(side == 0 ? before : after, src), x, y + rowLabel);
-            hueAxis(out, record, x, y + rowLabel + kPlaneH);
-            saturationAxis(out, record, x, y + rowLabel);
+            c.picture(crop(side == 0 ? before : after, src), x, y + rowLabel);
+            planeAxes(c, record, x, y + rowLabel);
+            c.verticalText(x - 58, y + rowLabel + kPlaneH / 2.0, "saturation", kSmall, kDim);
+        }
+        const int ax = left + kPlaneW + gap;
+        // One outline per warning and level: around all its regions at this lightness.
+        for (const LintWarning& w : warnings) {
+            std::optional<LintRegion> box;
+            for (const LintRegion& g : w.regions) {
+                if (std::abs(g.lightness - kLevels[k]) > 1e-9) continue;
+                if (!box) {
+                    box = g;
+                    continue;
+                }
+                box->hue0 = std::min(box->hue0, g.hue0), box->hue1 = std::max(box->hue1, g.hue1);
+                box->sat0 = std::min(box->sat0, g.sat0), box->sat1 = std::max(box->sat1, g.sat1);
+            }
+            if (box) {
+                markRegion(c, *box, ax, y + rowLabel, markColour(w.kind),
+                           w.kind == LintWarning::Kind::SaturationFold);
+            }
         }
     }
-    return out;
+    const double ly = top + kLevelCount * rowH + 4;
+    c.text(left, ly, "Hue in degrees, saturation in percent; small ticks mark the record's nodes.",
+           kLabel, kText);
+    std::string marks = "Lint marks on the after side: ";
+    marks += warnings.empty() ? "none (no seam, fold-over or near-grey push found)."
+                              : "white = hue fold-over, white dashed = saturation fold-over, "
+                                "magenta = red seam, yellow = near-grey push.";
+    c.text(left, ly + 24, marks, kLabel, warnings.empty() ? kText : kCurve);
+    return c.image();
 }
 
 RgbImage plotLightnessWeight(const ISP2DLUTInStruct_V10& record) {
-    const int x0 = 80, y0 = 50, w = 1024, h = 320;
-    RgbImage out(x0 + w + 40, y0 + h + 56, kBackground);
-    drawText(out, x0, 14, "LIGHTNESS WEIGHT: SHARE OF THE OFFSETS APPLIED", kText, 2);
-    auto px = [&](int l) { return x0 + l * (w - 1) / 2046; };
-    auto py = [&](int weight) { return y0 + h - 1 - weight * (h - 1) / kLightInvFull; };
+    const int x0 = 90, y0 = 60, w = 1024, h = 320;
+    Canvas c(x0 + w + 40, y0 + h + 80, kBackground);
+    c.text(x0, 16, "Lightness weight: share of the offsets applied", kTitle, kText, Align::Left,
+           true);
+    auto px = [&](double l) { return x0 + l * (w - 1) / 2046.0; };
+    auto py = [&](double weight) { return y0 + h - 1 - weight * (h - 1) / kLightInvFull; };
     for (int q = 0; q <= 4; ++q) {
-        const int yy = py(q * kLightInvFull / 4);
-        fillRect(out, {x0, yy, w, 1}, kGrid);
-        const std::string t = std::to_string(q * 25) + "%";
-        drawText(out, x0 - textWidth(t, 1) - 8, yy - 3, t, kText, 1);
+        const double yy = py(q * kLightInvFull / 4.0);
+        c.line(x0, yy, x0 + w, yy, kGrid, 1);
+        c.text(x0 - 10, yy - kSmall * 0.6, std::to_string(q * 25) + "%", kSmall, kText,
+               Align::Right);
     }
-    for (int l : {0, 512, 1024, 1536, 2046}) {
-        fillRect(out, {px(l), y0, 1, h}, kGrid);
-        const std::string t = std::to_string(l);
-        drawText(out, px(l) - textWidth(t, 1) / 2, y0 + h + 8, t, kText, 1);
+    for (int l : {0, 256, 512, 768, 1024, 1280, 1536, 1792, 2046}) {
+        c.line(px(l), y0, px(l), y0 + h, kGrid, 1);
+        c.text(px(l), y0 + h + 6, std::to_string(l), kSmall, kText, Align::Centre);
     }
+    c.frame(x0 - 0.5, y0 - 0.5, w + 1, h + 1, kDim, 1);
     const struct {
         const char* name;
         int value;
-    } marks[] = {{"START A", record.l_boundary_start_A},
-                 {"START B", record.l_boundary_start_B},
-                 {"END A", record.l_boundary_end_A},
-                 {"END B", record.l_boundary_end_B}};
+    } marks[] = {{"start A", record.l_boundary_start_A},
+                 {"start B", record.l_boundary_start_B},
+                 {"end A", record.l_boundary_end_A},
+                 {"end B", record.l_boundary_end_B}};
     for (int m = 0; m < 4; ++m) {
-        const int x = px(marks[m].value);
-        for (int yy = y0; yy < y0 + h; yy += 6) fillRect(out, {x, yy, 1, 3}, kDim);
+        const double x = px(marks[m].value);
+        c.line(x, y0, x, y0 + h, kDim, 1, true);
         // Start labels to the right of their line, end labels to the left, in two rows.
         const std::string t = std::string(marks[m].name) + " " + std::to_string(marks[m].value);
-        const int tw = textWidth(t, 1);
-        const int tx = m < 2 ? x + 4 : x - tw - 4;
-        drawText(out, tx, y0 + 6 + 12 * (m % 2), t, kDim, 1);
+        c.text(m < 2 ? x + 5 : x - 5, y0 + 6 + 18 * (m % 2), t, kSmall, kDim,
+               m < 2 ? Align::Left : Align::Right);
     }
-    int prevX = px(0), prevY = py(lightnessWeight(record, 0));
-    for (int l = 1; l <= 2046; ++l) {
-        const int x = px(l), y = py(lightnessWeight(record, l));
-        drawLine(out, prevX, prevY, x, y, kCurve, 2);
-        prevX = x;
-        prevY = y;
-    }
-    drawText(out, x0, y0 + h + 30, "LIGHTNESS = MAX + MIN OF THE 10-BIT R, G, B (0..2046)", kText,
-             1);
-    return out;
+    std::vector<std::pair<double, double>> curve;
+    for (int l = 0; l <= 2046; ++l) curve.emplace_back(px(l), py(lightnessWeight(record, l)));
+    c.polyline(curve, kCurve, 2.5);
+    c.text(x0 + w / 2.0, y0 + h + 26,
+           "Lightness L = max + min of the 10-bit R, G, B (0..2046); HSL lightness = L / 2046",
+           kLabel, kText, Align::Centre);
+    c.verticalText(x0 - 60, y0 + h / 2.0, "weight", kLabel, kText);
+    return c.image();
 }
 
 std::vector<std::filesystem::path> writePlots(const ISP2DLUTInStruct_V10& record,
@@ -165,7 +224,7 @@ std::vector<std::filesystem::path> writePlots(const ISP2DLUTInStruct_V10& record
     if (ec) throw ToolError(folder.string() + ": cannot create the folder: " + ec.message());
     const std::filesystem::path planes = folder / "hs-planes.png";
     const std::filesystem::path weight = folder / "lightness-weight.png";
-    const RgbImage planesImg = plotHueSaturationPlanes(record);
+    const RgbImage planesImg = plotHueSaturationPlanes(record, lintRecord(record));
     const RgbImage weightImg = plotLightnessWeight(record);
     OutputFile a(planes), b(weight);
     writePicture(a, planesImg);

@@ -9,6 +9,7 @@
 #include "engine/sw_2dlut_v10.h"
 #include "files.h"
 #include "library.h"
+#include "lint.h"
 #include "plot.h"
 #include "record.h"
 #include "record_io.h"
@@ -76,7 +77,7 @@ int runRecordNew(const fs::path& output, bool showcase) {
     return 0;
 }
 
-int runRecordCheck(const fs::path& path) {
+int runRecordCheck(const fs::path& path, bool strict) {
     const ISP2DLUTInStruct_V10 r = readRecordFile(path);
     const std::vector<std::string> problems = recordProblems(r);
 
@@ -99,14 +100,29 @@ int runRecordCheck(const fs::path& path) {
             "examining the other fields\n",
             name.c_str());
     }
-    if (problems.empty() && status == LUT2D_OK) {
-        std::printf("%s: ok: the library's validation accepts it and every invariant holds\n",
-                    name.c_str());
+    if (!problems.empty() || status != LUT2D_OK) {
+        std::printf("%s: %zu problem%s; the library's own validation %s\n", name.c_str(),
+                    problems.size(), problems.size() == 1 ? "" : "s", verdict.c_str());
+        return 1;
+    }
+    std::printf("%s: ok: the library's validation accepts it and every invariant holds\n",
+                name.c_str());
+
+    // The lint: what a valid record can still do wrong to pictures.
+    const std::vector<LintWarning> warnings = lintRecord(r);
+    for (const LintWarning& w : warnings) {
+        std::printf("%s: lint %s: %s\n", name.c_str(), strict ? "error" : "warning",
+                    w.text.c_str());
+    }
+    if (warnings.empty()) {
+        std::printf("%s: lint: no red seam, fold-over or near-grey push%s\n", name.c_str(),
+                    r.enable == 0 ? " (a disabled record changes nothing)" : "");
         return 0;
     }
-    std::printf("%s: %zu problem%s; the library's own validation %s\n", name.c_str(),
-                problems.size(), problems.size() == 1 ? "" : "s", verdict.c_str());
-    return 1;
+    std::printf("%s: lint: %zu warning%s%s\n", name.c_str(), warnings.size(),
+                warnings.size() == 1 ? "" : "s",
+                strict ? ", errors under --strict" : " (--strict makes them errors)");
+    return strict ? 1 : 0;
 }
 
 int runRecordShow(const fs::path& path) {

@@ -192,22 +192,24 @@ ISP2DLUTInStruct_V10 recordFromJson(std::string_view text, const std::string& so
     return r;
 }
 
-ISP2DLUTInStruct_V10 readRecordFile(const std::filesystem::path& path) {
-    const std::vector<uint8_t> bytes = readFile(path);
-    if (isJsonRecordPath(path)) {
+ISP2DLUTInStruct_V10 decodeRecord(std::span<const uint8_t> bytes, bool json,
+                                  const std::string& source) {
+    if (json) {
         return recordFromJson(
-            std::string_view(reinterpret_cast<const char*>(bytes.data()), bytes.size()),
-            path.string());
+            std::string_view(reinterpret_cast<const char*>(bytes.data()), bytes.size()), source);
     }
     if (bytes.size() != kRecordBytes) {
-        throw ToolError(path.string() + ": a binary tuning record is " +
-                        std::to_string(kRecordBytes) + " bytes, this file has " +
-                        std::to_string(bytes.size()) +
+        throw ToolError(source + ": a binary tuning record is " + std::to_string(kRecordBytes) +
+                        " bytes, this file has " + std::to_string(bytes.size()) +
                         " (a JSON record must have a name ending in .json)");
     }
     ISP2DLUTInStruct_V10 r;
     std::memcpy(&r, bytes.data(), kRecordBytes);
     return r;
+}
+
+ISP2DLUTInStruct_V10 readRecordFile(const std::filesystem::path& path) {
+    return decodeRecord(readFile(path), isJsonRecordPath(path), path.string());
 }
 
 void writeRecordFile(const std::filesystem::path& path, const ISP2DLUTInStruct_V10& r) {

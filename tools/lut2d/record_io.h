@@ -6,7 +6,9 @@
 // are derived from the node positions whenever JSON is read.
 #pragma once
 
+#include <cstdint>
 #include <filesystem>
+#include <span>
 #include <string>
 #include <string_view>
 
@@ -23,6 +25,11 @@ std::string recordToJson(const ISP2DLUTInStruct_V10& r);
 // (missing or unknown field, wrong type or length, value out of range), each starting with
 // `source`.
 ISP2DLUTInStruct_V10 recordFromJson(std::string_view text, const std::string& source);
+
+// A record held in memory, JSON or the binary record (which must be exactly 1784 bytes).
+// Checks the form only, like readRecordFile.
+ISP2DLUTInStruct_V10 decodeRecord(std::span<const uint8_t> bytes, bool json,
+                                  const std::string& source);
 
 // Reads a record in either form. Binary records must be exactly 1784 bytes. Checks the
 // form only; recordProblems() tells whether the values make a usable record.

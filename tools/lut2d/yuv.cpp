@@ -83,11 +83,28 @@ RgbImage yuvToRgb(const YuvFrame& frame) {
     const FrameGeometry& g = frame.geometry;
     RgbImage img(g.width, g.height);
     const size_t cbAt = g.order == ChromaOrder::Nv12 ? 0 : 1;
+    const int32_t lastX = static_cast<int32_t>(g.width / 2) - 1;
+    const int32_t lastY = static_cast<int32_t>(g.height / 2) - 1;
+    // Chroma sample (bx, by) of component k, with the block indices clamped to the plane.
+    auto sample = [&](int32_t bx, int32_t by, size_t k) {
+        bx = std::clamp(bx, 0, lastX);
+        by = std::clamp(by, 0, lastY);
+        return int32_t{frame.chroma[size_t(by) * g.stride + 2 * size_t(bx) + k]};
+    };
     for (uint32_t y = 0; y < g.height; ++y) {
+        // Each chroma sample sits at the centre of its 2x2 block: a pixel takes 3/4 of its
+        // own block's sample and 1/4 of the nearer neighbour's, in each direction.
+        const int32_t by = static_cast<int32_t>(y / 2), ny = y % 2 == 0 ? by - 1 : by + 1;
         for (uint32_t x = 0; x < g.width; ++x) {
-            const uint8_t* pair = &frame.chroma[size_t{y / 2} * g.stride + 2 * (x / 2)];
-            const int32_t cb = pair[cbAt] - 128;
-            const int32_t cr = pair[1 - cbAt] - 128;
+            const int32_t bx = static_cast<int32_t>(x / 2), nx = x % 2 == 0 ? bx - 1 : bx + 1;
+            int32_t c[2];
+            for (size_t k = 0; k < 2; ++k) {
+                c[k] = (9 * sample(bx, by, k) + 3 * sample(nx, by, k) + 3 * sample(bx, ny, k) +
+                        sample(nx, ny, k) + 8) >>
+                       4;
+            }
+            const int32_t cb = c[cbAt] - 128;
+            const int32_t cr = c[1 - cbAt] - 128;
             const int32_t luma = frame.luma[size_t{y} * g.stride + x];
             img.set(x, y,
                     {clampByte(luma + ((kRCr * cr + kHalf) >> 16)),

@@ -54,8 +54,9 @@ struct YuvFrame {
 // luma and 128 in chroma.
 YuvFrame rgbToYuv(const RgbImage& img, ChromaOrder order, uint32_t stride);
 
-// YUV to RGB: each chroma pair serves the four pixels of its block; results are rounded and
-// clamped to 0..255.
+// YUV to RGB for viewing: chroma upsampled smoothly (bilinear, each sample at the centre of
+// its 2x2 block, edges repeated), results rounded and clamped to 0..255. Flat areas come
+// back exactly as a per-block conversion would give them.
 RgbImage yuvToRgb(const YuvFrame& frame);
 
 }  // namespace lut2d_tool

@@ -1,0 +1,158 @@
+// Pictures through the image library: orientation, CMYK, 16-bit, transparency, the formats
+// written, odd sizes, and the refusals that come before any pixel is decoded.
+
+#include <gtest/gtest.h>
+
+#include <vips/vips8>
+
+#include <cstdlib>
+#include <random>
+
+#include "image_io.h"
+#include "tool_error.h"
+#include "tool_support.h"
+
+namespace {
+
+using namespace lut2d_tool_test;
+using vips::VImage;
+
+std::vector<uint8_t> saved(const VImage& img, const char* suffix) {
+    void* buffer = nullptr;
+    size_t size = 0;
+    img.write_to_buffer(suffix, &buffer, &size);
+    std::vector<uint8_t> out(static_cast<uint8_t*>(buffer), static_cast<uint8_t*>(buffer) + size);
+    g_free(buffer);
+    return out;
+}
+
+VImage flat(int w, int h, std::vector<double> bands, VipsBandFormat format,
+            VipsInterpretation interpretation) {
+    VImage img = VImage::black(w, h, VImage::option()->set("bands", int(bands.size()))) + bands;
+    return img.cast(format).copy(VImage::option()->set("interpretation", interpretation));
+}
+
+bool near(Rgb a, Rgb b, int tolerance) {
+    return std::abs(a.r - b.r) <= tolerance && std::abs(a.g - b.g) <= tolerance &&
+           std::abs(a.b - b.b) <= tolerance;
+}
+
+TEST(Pictures, BecomeUpright8BitSrgbWithANoteForWhatWasReduced) {
+    encodePicture(RgbImage(2, 2), "start.png");  // starts the image library
+    // Stored 6 wide and 4 high, left half red; orientation 6 asks for a quarter turn
+    // clockwise, which puts the left half on top.
+    VImage stored =
+        flat(6, 4, {30, 30, 220}, VIPS_FORMAT_UCHAR, VIPS_INTERPRETATION_sRGB)
+            .insert(flat(3, 4, {220, 30, 30}, VIPS_FORMAT_UCHAR, VIPS_INTERPRETATION_sRGB), 0, 0)
+            .copy();
+    stored.set(VIPS_META_ORIENTATION, 6);
+    const DecodedPicture turned =
+        decodePicture(saved(stored, ".jpg[Q=100]"), kDefaultMaxPixels, "t.jpg");
+    ASSERT_EQ(turned.image.width, 4u);
+    ASSERT_EQ(turned.image.height, 6u);
+    EXPECT_TRUE(near(turned.image.at(1, 0), {220, 30, 30}, 24));
+    EXPECT_TRUE(near(turned.image.at(1, 5), {30, 30, 220}, 24));
+    EXPECT_EQ(turned.notes, std::vector<std::string>{"turned upright by its EXIF orientation (6)"});
+
+    const struct {
+        VImage img;
+        const char* suffix;
+        Rgb expected;
+        std::vector<std::string> notes;
+    } cases[] = {
+        {flat(4, 2, {0, 255, 255, 0}, VIPS_FORMAT_UCHAR, VIPS_INTERPRETATION_CMYK),
+         ".jpg[Q=100]",
+         {237, 28, 36},
+         {"CMYK converted to sRGB"}},
+        {flat(4, 2, {65535, 0, 32896}, VIPS_FORMAT_USHORT, VIPS_INTERPRETATION_RGB16),
+         ".png",
+         {255, 0, 128},
+         {"16-bit samples reduced to 8 bits"}},
+        {flat(4, 2, {200, 100, 50, 0}, VIPS_FORMAT_UCHAR, VIPS_INTERPRETATION_sRGB),
+         ".png",
+         {0, 0, 0},
+         {"transparency composed over black"}},
+        {flat(4, 2, {90}, VIPS_FORMAT_UCHAR, VIPS_INTERPRETATION_B_W), ".tif", {90, 90, 90}, {}},
+    };
+    for (const auto& c : cases) {
+        const DecodedPicture d = decodePicture(saved(c.img, c.suffix), kDefaultMaxPixels, "p");
+        ASSERT_EQ(d.image.width, 4u) << c.suffix;
+        EXPECT_TRUE(near(d.image.at(3, 1), c.expected, 8))
+            << c.suffix << " " << int(d.image.at(3, 1).r);
+        EXPECT_EQ(d.notes, c.notes);
+    }
+}
+
+TEST(Pictures, AreWrittenAsTheirNameAsks) {
+    RgbImage img(6, 4);
+    for (uint32_t i = 0; i < 24; ++i)
+        img.set(i % 6, i / 6, {uint8_t(i * 10), 80, uint8_t(200 - i)});
+    for (const char* name : {"a.png", "a.tif", "a.webp", "a.JPEG"}) {
+        const DecodedPicture back =
+            decodePicture(encodePicture(img, name, 100), kDefaultMaxPixels, name);
+        ASSERT_EQ(back.image.width, 6u);
+        bool lossless = std::string(name) == "a.png" || std::string(name) == "a.tif";
+        for (uint32_t i = 0; i < 24; ++i) {
+            EXPECT_TRUE(near(back.image.at(i % 6, i / 6), img.at(i % 6, i / 6), lossless ? 0 : 30))
+                << name << " " << i;
+        }
+    }
+    EXPECT_THROW(encodePicture(img, "a.bmp"), ToolError);
+}
+
+std::string refusal(const std::vector<uint8_t>& bytes) {
+    try {
+        decodePicture(bytes, kDefaultMaxPixels, "x");
+    } catch (const ToolError& e) {
+        return e.what();
+    }
+    return "accepted";
+}
+
+TEST(Pictures, AreRefusedOnTheirHeaderBeforeDecodingAndOnAnyDecoderWarning) {
+    EXPECT_EQ(refusal(pngHeaderOnly(37000, 37000)),
+              "x: 37000x37000 is 1369 megapixels, more than the limit of 200 (raise it with "
+              "--max-megapixels)");
+    EXPECT_EQ(refusal(pngHeaderOnly(65535, 2)),
+              "x: picture size 65535x2 is larger than the library's limit of 65534 in each "
+              "direction");
+    EXPECT_EQ(refusal({'h', 'i'}), "x: not a picture lut2d reads (PNG, JPEG, WebP, TIFF or HEIF)");
+
+    RgbImage noise(256, 256);
+    std::mt19937 rng(5);
+    for (uint8_t& v : noise.pixels) v = static_cast<uint8_t>(rng());
+    const std::vector<uint8_t> jpeg = encodePicture(noise, "n.jpg", 90);
+    std::vector<uint8_t> truncated(jpeg.begin(), jpeg.begin() + jpeg.size() * 6 / 10);
+    std::vector<uint8_t> corrupt = jpeg;
+    corrupt[jpeg.size() / 2] = 0xFF;  // a marker in the middle of the scan
+    corrupt[jpeg.size() / 2 + 1] = 0xD3;
+    std::vector<uint8_t> noScan = jpeg;
+    for (size_t i = 0; i + 1 < noScan.size(); ++i) {
+        if (noScan[i] == 0xFF && noScan[i + 1] == 0xDA) {  // start of scan: cut, then end
+            noScan.resize(i);
+            noScan.insert(noScan.end(), {0xFF, 0xD9});
+            break;
+        }
+    }
+    for (const auto* bad : {&truncated, &corrupt, &noScan}) {
+        const std::string message = refusal(*bad);
+        EXPECT_EQ(message.rfind("x: not a readable picture: ", 0), 0u) << message;
+        EXPECT_EQ(message.find('\n'), std::string::npos) << message;
+    }
+    EXPECT_EQ(decodePicture(jpeg, kDefaultMaxPixels, "x").image.width, 256u);
+}
+
+TEST(Pictures, OddSizesAreExtendedForTheLibraryAndCroppedBack) {
+    RgbImage img(3, 3);
+    for (uint32_t i = 0; i < 9; ++i) img.set(i % 3, i / 3, {uint8_t(i), 0, 0});
+    const RgbImage even = extendForLibrary(img);
+    ASSERT_EQ(even.width, 4u);
+    ASSERT_EQ(even.height, 6u);  // 4 rows cannot be split into the library's bands
+    EXPECT_EQ(even.at(3, 1).r, 5);
+    EXPECT_EQ(even.at(3, 5).r, 8);
+    EXPECT_EQ(even.at(1, 4).r, 7);
+    EXPECT_EQ(cropTo(even, 3, 3), img);
+    EXPECT_EQ(extendForLibrary(RgbImage(2, 2)), RgbImage(2, 2));
+}
+
+}  // namespace
