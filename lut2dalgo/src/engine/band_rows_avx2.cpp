@@ -32,6 +32,15 @@ constexpr std::array<std::array<uint32_t, 8>, 256> makeCompressTable() {
 alignas(32) constexpr std::array<std::array<uint32_t, 8>, 256> kCompress = makeCompressTable();
 
 struct Avx2Ops {
+    // key mod 49999 = key - 49999 floor(key / 49999), the quotient (key x 1407403032) >> 46:
+    // exact for every key below 2^31. The products are formed for the even and the odd lanes.
+    LUT2D_FORCE_INLINE static U slots(U keys) {
+        const __m256i k = (__m256i)keys, m = _mm256_set1_epi32(1407403032);
+        const __m256i even = _mm256_srli_epi64(_mm256_mul_epu32(k, m), 46);
+        const __m256i odd = _mm256_srli_epi64(_mm256_mul_epu32(_mm256_srli_epi64(k, 32), m), 46);
+        const __m256i q = _mm256_blend_epi32(even, _mm256_slli_epi64(odd, 32), 0xAA);
+        return (U)_mm256_sub_epi32(k, _mm256_mullo_epi32(q, _mm256_set1_epi32(49999)));
+    }
     LUT2D_FORCE_INLINE static rows::U16x16 widen16(const uint8_t* p) {
         return (rows::U16x16)_mm256_cvtepu8_epi16(
             _mm_loadu_si128(reinterpret_cast<const __m128i*>(p)));

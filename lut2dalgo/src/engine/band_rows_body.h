@@ -6,6 +6,7 @@
 //                                                             // set, in order, from out[0]
 //   static U chromaFields(U16x16 pairs, bool crFirst);  // for eight byte pairs (10-bit values)
 //                                                       // U << 10 | V
+//   static U slots(U keys);                    // each key's slot, key mod 49999 (keys < 2^31)
 //   static U16x16 widen16(const uint8_t* p);   // sixteen bytes as 16-bit lanes
 //   static U widen32(const uint8_t* p);        // eight bytes as 32-bit lanes
 //   static void readEntries(const HM_RGB* cache, const uint32_t* slot, U& result, U& key);
@@ -137,27 +138,20 @@ LUT2D_FORCE_INLINE U firstOfEqualKeys(U key, U lane) {
 // found or claimed: the same stored result (a hit), or the first's claim, which it hits. Lanes
 // that share a slot with different keys are walked one by one. (Keys are below 2^31.)
 // Keys i .. i + 7; place holds their places i + lane, the claims they would make.
-template <class Ops>
-LUT2D_FORCE_INLINE size_t walkGroup(HM_RGB* cache, CacheWalk& w, size_t i, U place, size_t misses) {
-    const U lane = {0, 1, 2, 3, 4, 5, 6, 7};
-    const U k = load<U>(w.keys + i);
-    const U slot = cacheSlots(k);
-    U rot[4];
-    U first = lane;
-    if (Ops::signs8(equalPairs(slot, rot)) != 0) {
-        if (Ops::signs8(sharedSlotsOfDifferentKeys(k, slot)) != 0) {
-            for (size_t j = 0; j < 8; ++j) misses = scalar::walkStep(cache, w, i + j, misses);
-            return misses;
-        }
-        first = firstOfEqualKeys(k, lane);
-    }
+// Looks up the eight keys i .. i + 7 at their slots. place holds their places i + lane,
+// first the first lane with each lane's key (the lane itself when kRepeats is false): a repeat
+// meets what the first of its key found or claimed.
+template <class Ops, bool kRepeats>
+LUT2D_FORCE_INLINE size_t lookUpGroup(HM_RGB* cache, CacheWalk& w, size_t i, U place, U k,
+                                      U slot, U first, size_t misses) {
     uint32_t s[8];
     store(s, slot);
     U stored, storedKey;
     Ops::readEntries(cache, s, stored, storedKey);
     const U absent = (U)(storedKey != k);
-    const U miss = absent & (U)(first == lane);  // a repeat hits the first's claim
-    const U claim = (kClaimMark | place) + (first - lane);
+    const U lane = {0, 1, 2, 3, 4, 5, 6, 7};
+    const U miss = kRepeats ? absent & (U)(first == lane) : absent;
+    const U claim = kRepeats ? (kClaimMark | place) + (first - lane) : kClaimMark | place;
     const U result = (stored & ~absent) | (claim & absent);
     store(w.result + i, result);
     const uint32_t bits = Ops::signs8(miss);
@@ -167,6 +161,22 @@ LUT2D_FORCE_INLINE size_t walkGroup(HM_RGB* cache, CacheWalk& w, size_t i, U pla
     Ops::compress(slot, bits, w.missSlot + misses);
     Ops::compress(place, bits, w.missAt + misses);
     return misses + static_cast<size_t>(__builtin_popcount(bits));
+}
+
+template <class Ops>
+LUT2D_FORCE_INLINE size_t walkGroup(HM_RGB* cache, CacheWalk& w, size_t i, U place, size_t misses) {
+    const U k = load<U>(w.keys + i);
+    const U slot = Ops::slots(k);
+    U rot[4];
+    if (Ops::signs8(equalPairs(slot, rot)) == 0) {
+        return lookUpGroup<Ops, false>(cache, w, i, place, k, slot, U{}, misses);
+    }
+    if (Ops::signs8(sharedSlotsOfDifferentKeys(k, slot)) != 0) {
+        for (size_t j = 0; j < 8; ++j) misses = scalar::walkStep(cache, w, i + j, misses);
+        return misses;
+    }
+    const U lane = {0, 1, 2, 3, 4, 5, 6, 7};
+    return lookUpGroup<Ops, true>(cache, w, i, place, k, slot, firstOfEqualKeys(k, lane), misses);
 }
 
 template <class Ops>
@@ -197,7 +207,9 @@ template <class Ops>
 void settleChunk(HM_RGB* cache, CacheWalk& w) {
     std::memset(w.isMiss, 0, w.count);
     for (size_t m = 0; m < w.misses; ++m) {
-        cache[w.missSlot[m]].result = w.computed[m];
+        // The whole entry in one store (its key is the miss's): a later read of it, which may
+        // come soon, then takes it straight from the store.
+        cache[w.missSlot[m]] = {w.computed[m], w.missKey[m]};
         w.result[w.missAt[m]] = w.computed[m];
         w.isMiss[w.missAt[m]] = 1;
     }
@@ -451,6 +463,7 @@ inline void lowResOutputs(const PairRow& pr, uint32_t b0, uint32_t b1, const Cac
 
 // Portable forms of the two operations, for instruction sets without better ones.
 struct PortableOps {
+    LUT2D_FORCE_INLINE static U slots(U keys) { return cacheSlots(keys); }
     LUT2D_FORCE_INLINE static U16x16 widen16(const uint8_t* p) {
         return __builtin_convertvector(load<U8x16>(p), U16x16);
     }

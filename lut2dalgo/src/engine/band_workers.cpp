@@ -5,6 +5,19 @@
 
 namespace lut2d {
 
+void StartGate::wait() {
+    std::unique_lock<std::mutex> lock(mutex_);
+    opened_.wait(lock, [this] { return open_; });
+}
+
+void StartGate::open() {
+    {
+        const std::lock_guard<std::mutex> lock(mutex_);
+        open_ = true;
+    }
+    opened_.notify_all();
+}
+
 FinishGate::Decision FinishGate::bandDone() {
     std::unique_lock<std::mutex> lock(mutex_);
     if (--bandsLeft_ == 0) allDone_.notify_one();
@@ -33,12 +46,15 @@ void FinishGate::decide(Decision d) {
 }  // namespace lut2d
 
 void* run2dlut_fx_ChrUs(void* arg) {
-    lut2d::fullResolutionBand(static_cast<const lut2d::BandJob*>(arg)->work);
+    const lut2d::BandJob& job = *static_cast<const lut2d::BandJob*>(arg);
+    if (job.start != nullptr) job.start->wait();
+    lut2d::fullResolutionBand(job.work);
     return nullptr;
 }
 
 void* run2dlut_fx_yDs(void* arg) {
     const lut2d::BandJob& job = *static_cast<const lut2d::BandJob*>(arg);
+    if (job.start != nullptr) job.start->wait();
     lut2d::lowResolutionBand(job.work);
     if (job.finish.gate != nullptr &&
         job.finish.gate->bandDone() == lut2d::FinishGate::Decision::kFinish) {

@@ -10,6 +10,19 @@
 
 namespace lut2d {
 
+// Where the band workers wait until the frame driver has started all of them: a worker that
+// ran at once would take a core from the driver while it still starts the others.
+class StartGate {
+  public:
+    void wait();
+    void open();
+
+  private:
+    std::mutex mutex_;
+    std::condition_variable opened_;
+    bool open_ = false;
+};
+
 // Where the low-resolution workers meet the frame driver once their bands are done. The
 // driver waits for every band (the point at which the frame used to be joined), decides
 // whether the frame is finished, and the workers then add the upscaled luma offsets to their
@@ -52,6 +65,7 @@ struct FinishShare {
 // of the finish.
 struct BandJob {
     BandWork work;
+    StartGate* start;    // null: the band starts at once
     FinishShare finish;  // low-resolution mode only
 };
 

@@ -69,6 +69,7 @@ int SW_2DLut_v10::run2dlut_fx(Lut2DImageData* image) {
     pthread_t threads[kBandCount] = {};
     bool started[kBandCount] = {};
     lut2d::BandJob jobs[kBandCount] = {};
+    lut2d::StartGate start;
     lut2d::FinishGate gate(kBandCount);
     const bool sharedFinish = lowRes && lut2d::kOffsetRowsBuiltIn;
     // A scratch engine object is part of every frame; it takes no part in the work.
@@ -82,14 +83,11 @@ int SW_2DLut_v10::run2dlut_fx(Lut2DImageData* image) {
 
     if (fullRes || lowRes) {
         // The record and the tables cannot change during a frame: the colour kernel's tables
-        // are prepared once here for all four bands.
+        // are prepared once for all four bands, while the threads that wait for them start.
         lut2d::BatchTables tables;
-        lut2d::prepareBatchTables(tables, lut2d::kernelTables(*this));
-        const lut2d::FrameKernels kernels = lut2d::selectFrameKernels(tables);
         void* (*body)(void*) = fullRes ? run2dlut_fx_ChrUs : run2dlut_fx_yDs;
         for (int i = 0; i < kBandCount; ++i) {
             jobs[i].work.tables = &tables;
-            jobs[i].work.kernels = kernels;
             Lut2DThreadArgs& a = jobs[i].work.args;
             a.pLumaIn = image->pLuma;
             a.pChromaIn = image->pChroma;
@@ -113,14 +111,23 @@ int SW_2DLut_v10::run2dlut_fx(Lut2DImageData* image) {
                 jobs[i].finish = {&gate,  scratch, image->pLuma, width,
                                   stride, height,  begin,        std::min(rows, begin + share)};
             }
+            jobs[i].start = &start;
+        }
+        for (int i = 0; i < kBandCount; ++i) {
             started[i] = pthread_create(&threads[i], nullptr, body, &jobs[i]) == 0;
-            // Without a thread the band is still adjusted, on this thread, and its share of
-            // the finish is done here too.
-            if (!started[i]) {
-                if (sharedFinish) gate.bandWithoutWorker();
-                jobs[i].finish.gate = nullptr;
-                body(&jobs[i]);
-            }
+        }
+        lut2d::prepareBatchTables(tables, lut2d::kernelTables(*this));
+        const lut2d::FrameKernels kernels = lut2d::selectFrameKernels(tables);
+        for (lut2d::BandJob& job : jobs) job.work.kernels = kernels;
+        start.open();
+        // Without a thread a band is still adjusted, on this thread, and its share of the
+        // finish is done here too.
+        for (int i = 0; i < kBandCount; ++i) {
+            if (started[i]) continue;
+            if (sharedFinish) gate.bandWithoutWorker();
+            jobs[i].start = nullptr;
+            jobs[i].finish.gate = nullptr;
+            body(&jobs[i]);
         }
         if (sharedFinish) {
             gate.awaitBands();
