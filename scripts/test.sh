@@ -1,7 +1,8 @@
 #!/usr/bin/env bash
 # Builds the project and runs every test:
-#   gcc (tests, tools, benchmarks), gcc with AddressSanitizer + UndefinedBehaviorSanitizer,
-#   gcc with ThreadSanitizer, and clang; warnings are errors in all of them. Sources must be
+#   gcc (tests, tools, benchmarks), gcc in the Release configuration, gcc with
+#   AddressSanitizer + UndefinedBehaviorSanitizer, gcc with ThreadSanitizer, and clang;
+#   warnings are errors in all of them. Sources must be
 #   formatted with the project's .clang-format.
 # Usage: scripts/test.sh [--quick]   (--quick: the plain gcc build only)
 set -euo pipefail
@@ -24,6 +25,7 @@ git ls-files '*.cpp' '*.h' | xargs clang-format --dry-run --Werror
 
 run gcc -DCMAKE_CXX_COMPILER=g++ -DCMAKE_C_COMPILER=gcc
 [ $quick -eq 1 ] && exit 0
+run release -DCMAKE_CXX_COMPILER=g++ -DCMAKE_C_COMPILER=gcc -DCMAKE_BUILD_TYPE=Release
 run asan -DCMAKE_CXX_COMPILER=g++ -DCMAKE_C_COMPILER=gcc -DLUT2D_SANITIZE=address,undefined \
     -DLUT2D_BUILD_BENCH=OFF -DLUT2D_BUILD_TOOLS=OFF
 TSAN_OPTIONS="halt_on_error=1" \

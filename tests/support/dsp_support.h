@@ -21,11 +21,20 @@ using Bytes = std::vector<uint8_t>;
 inline std::vector<LogLine> logWithoutTimes() {
     std::vector<LogLine> lines = logLines();
     for (LogLine& l : lines) {
-        std::string& t = l.text;
-        for (size_t at = t.find(" us"), d = 0; at != std::string::npos; at = t.find(" us", d + 4)) {
-            for (d = at; d > 0 && t[d - 1] >= '0' && t[d - 1] <= '9';) --d;
-            t.replace(d, at - d, d < at ? "#" : "");
+        const std::string& t = l.text;
+        std::string masked;
+        for (size_t i = 0; i < t.size();) {
+            size_t end = i;
+            while (end < t.size() && t[end] >= '0' && t[end] <= '9') ++end;
+            if (end > i && t.compare(end, 3, " us") == 0) {
+                masked += '#';
+            } else {
+                end = std::max(end, i + 1);
+                masked.append(t, i, end - i);
+            }
+            i = end;
         }
+        l.text = std::move(masked);
     }
     return lines;
 }
