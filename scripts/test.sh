@@ -21,7 +21,7 @@ run() {  # run NAME [cmake options...]: build into build/NAME and run its tests
 }
 
 echo "=== format"
-git ls-files '*.cpp' '*.h' | xargs clang-format --dry-run --Werror
+git ls-files '*.cpp' '*.h' '*.c' | xargs clang-format --dry-run --Werror
 
 run gcc -DCMAKE_CXX_COMPILER=g++ -DCMAKE_C_COMPILER=gcc
 [ $quick -eq 1 ] && exit 0

@@ -45,7 +45,7 @@ inline std::vector<LogLine> operator+(std::vector<LogLine> a, const std::vector<
 }
 
 inline const std::vector<LogLine> kInitLog{
-    info("SW2DLUTInit: VERSION v0.2.3\n"),
+    info("SW2DLUTInit: VERSION v" LUT2D_VERSION_STRING "\n"),
     info("dsp_uri=file:///libsw2dlut_dsp_skel.so?"
          "sw2dlut_dsp_skel_handle_invoke&_modver=1.0&_dom=cdsp\n"),
     info("sw2dlut_dsp_open: # us\n"), info("sw2dlut_dsp_init: # us\n")};
