@@ -17,28 +17,6 @@ namespace lut2d_test {
 namespace host = dsp_runtime_host;
 using Bytes = std::vector<uint8_t>;
 
-// The captured log with every measured time ("123 us") written as "# us".
-inline std::vector<LogLine> logWithoutTimes() {
-    std::vector<LogLine> lines = logLines();
-    for (LogLine& l : lines) {
-        const std::string& t = l.text;
-        std::string masked;
-        for (size_t i = 0; i < t.size();) {
-            size_t end = i;
-            while (end < t.size() && t[end] >= '0' && t[end] <= '9') ++end;
-            if (end > i && t.compare(end, 3, " us") == 0) {
-                masked += '#';
-            } else {
-                end = std::max(end, i + 1);
-                masked.append(t, i, end - i);
-            }
-            i = end;
-        }
-        l.text = std::move(masked);
-    }
-    return lines;
-}
-
 inline std::vector<LogLine> operator+(std::vector<LogLine> a, const std::vector<LogLine>& b) {
     a.insert(a.end(), b.begin(), b.end());
     return a;
