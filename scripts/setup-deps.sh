@@ -9,7 +9,7 @@ packages=(
   googletest libgtest-dev libgmock-dev libbenchmark-dev
   libcli11-dev nlohmann-json3-dev libpng-dev libjpeg62-turbo-dev
   libopencv-dev                      # the OpenCV peer in bench/frame_bench.cpp
-  binutils python3
+  binutils python3 pkgconf
 )
 
 missing=()

@@ -26,6 +26,8 @@ git ls-files '*.cpp' '*.h' '*.c' | xargs clang-format --dry-run --Werror
 run gcc -DCMAKE_CXX_COMPILER=g++ -DCMAKE_C_COMPILER=gcc
 [ $quick -eq 1 ] && exit 0
 run release -DCMAKE_CXX_COMPILER=g++ -DCMAKE_C_COMPILER=gcc -DCMAKE_BUILD_TYPE=Release
+echo "=== package"
+bash scripts/check-package.sh build/release
 run asan -DCMAKE_CXX_COMPILER=g++ -DCMAKE_C_COMPILER=gcc -DLUT2D_SANITIZE=address,undefined \
     -DLUT2D_BUILD_BENCH=OFF -DLUT2D_BUILD_TOOLS=OFF
 TSAN_OPTIONS="halt_on_error=1" \
