@@ -10,6 +10,8 @@ packages=(
   libcli11-dev nlohmann-json3-dev libpng-dev libjpeg62-turbo-dev
   libopencv-dev                      # the OpenCV peer in bench/frame_bench.cpp
   binutils python3 pkgconf
+  g++-aarch64-linux-gnu lld          # the aarch64 cross builds (g++, and clang with lld)
+  qemu-user-static                   # runs their tests
 )
 
 missing=()
