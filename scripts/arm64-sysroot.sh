@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
-# Fills a private sysroot with the arm64 builds of the Debian packages that the aarch64 test
-# build needs (GoogleTest, the Android log), for cmake/toolchains/aarch64-linux-gnu*.cmake.
+# Fills a private sysroot with the arm64 builds of the Debian packages that the aarch64 builds
+# need, for cmake/toolchains/aarch64-linux-gnu*.cmake: GoogleTest and the Android log for the
+# test build, and LLVM's C++ library (Android's C++ runtime) for scripts/check-android-branch.sh.
 # apt downloads them from Debian's arm64 archive through a configuration and state of its own
 # under build/, and dpkg-deb unpacks them: the machine's packages and architectures stay as
 # they are. Does nothing when the sysroot already holds these packages.
@@ -8,7 +9,8 @@
 set -euo pipefail
 cd "$(dirname "$0")/.."
 root=$(realpath -m "${1:-build/sysroot-arm64}")
-packages=(libgtest-dev android-liblog android-liblog-dev)
+packages=(libgtest-dev android-liblog android-liblog-dev
+          libc++-14-dev libc++1-14 libc++abi-14-dev libc++abi1-14 libunwind-14 libunwind-14-dev)
 stamp="$root/.packages"
 if [ -f "$stamp" ] && [ "$(cat "$stamp")" = "${packages[*]}" ]; then exit 0; fi
 

@@ -12,7 +12,8 @@ status=0
 needed=$("$readelf" -d "$lib" | sed -n 's/.*(NEEDED).*\[\(.*\)\]$/\1/p')
 for n in $needed; do
   case "$n" in
-    liblog.so* | libstdc++.so* | libc++.so* | libm.so* | libgcc_s.so* | libc.so* | ld-linux*) ;;
+    liblog.so* | libstdc++.so* | libm.so* | libgcc_s.so* | libc.so* | ld-linux*) ;;
+    libc++.so* | libc++abi.so* | libunwind.so*) ;;
     libasan.so* | libubsan.so* | libtsan.so*) ;;
     *) echo "unexpected dependency: $n"; status=1 ;;
   esac
