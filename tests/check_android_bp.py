@@ -154,7 +154,8 @@ def check(bp_path, cmake):
     default_flags = effective({"defaults": library.get("defaults", [])}, defaults, arch, "cflags")
     # Every source with the module that builds it, static libraries included.
     built = {}
-    parts = [library] + [by_name[n][1] for n in effective(library, defaults, arch, "whole_static_libs")]
+    linked = effective(library, defaults, arch, "whole_static_libs")
+    parts = [library] + [by_name[n][1] for n in linked]
     for part in parts:
         if not enabled(part, arch):
             problems.append(f"{part['name']} is linked in but disabled for {arch}")
@@ -176,11 +177,16 @@ def check(bp_path, cmake):
 
     definitions = sorted(f[2:] for f in default_flags if f.startswith("-D"))
     if definitions != sorted(cmake["definitions"]):
-        problems.append(f"definitions {definitions} in Android.bp, {sorted(cmake['definitions'])} in CMake")
+        cmake_definitions = sorted(cmake["definitions"])
+        problems.append(f"definitions {definitions} in Android.bp, {cmake_definitions} in CMake")
     if library.get("version_script") != cmake["version_script"]:
-        problems.append(f"version script {library.get('version_script')!r}, CMake links {cmake['version_script']!r}")
+        script = library.get("version_script")
+        problems.append(f"version script {script!r}, CMake links {cmake['version_script']!r}")
 
-    [header_rule] = [p for k, p in modules if k == "genrule" and p["out"] == ["orvix_lut2d_version.h"]]
+    rules = [p for k, p in modules if k == "genrule" and p["out"] == ["orvix_lut2d_version.h"]]
+    if len(rules) != 1:
+        return problems + ["Android.bp needs one genrule making orvix_lut2d_version.h"]
+    header_rule = rules[0]
     if header_rule["name"] not in effective(library, defaults, arch, "generated_headers"):
         problems.append(f"the library does not use {header_rule['name']}")
     with tempfile.TemporaryDirectory() as scratch:
@@ -200,7 +206,8 @@ def main():
         print(p)
     if problems:
         return 1
-    print(f"Android.bp builds the {len(cmake['sources'])} sources CMake builds for {cmake['processor']}")
+    count, processor = len(cmake["sources"]), cmake["processor"]
+    print(f"Android.bp builds the {count} sources CMake builds for {processor}")
     return 0
 
 

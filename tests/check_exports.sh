@@ -15,8 +15,12 @@ compare() {  # compare WHAT NAMES: reports names missing from or beyond the list
   local missing leaked
   missing=$(LC_ALL=C comm -13 <(echo "$2") <(echo "$wanted"))
   leaked=$(LC_ALL=C comm -23 <(echo "$2") <(echo "$wanted"))
-  if [ -n "$missing" ]; then echo "missing from $1:"; echo "$missing" | sed 's/^/  /'; status=1; fi
-  if [ -n "$leaked" ]; then echo "in $1 but not in the interface:"; echo "$leaked" | sed 's/^/  /'; status=1; fi
+  if [ -n "$missing" ]; then
+    echo "missing from $1:"; echo "$missing" | sed 's/^/  /'; status=1
+  fi
+  if [ -n "$leaked" ]; then
+    echo "in $1 but not in the interface:"; echo "$leaked" | sed 's/^/  /'; status=1
+  fi
 }
 compare "$lib" "$actual"
 if [ -n "$script" ]; then
