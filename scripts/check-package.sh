@@ -2,7 +2,8 @@
 # Installs a build into a temporary prefix and uses the installed package alone: checks the
 # installed files and the library's load-time needs, compiles the installed header as C11,
 # and builds and runs two hosts that each process one frame, a C program through pkg-config
-# and a C++ program through CMake's find_package.
+# and a C++ program through CMake's find_package. Then builds the C++ host once more with the
+# library as part of its own CMake project (tests/package/subproject).
 # Usage: scripts/check-package.sh [BUILD_DIR]   (default build/release)
 set -euo pipefail
 cd "$(dirname "$0")/.."
@@ -49,4 +50,11 @@ cmake -S tests/package -B "$prefix/consumer_cpp" -G Ninja -DCMAKE_PREFIX_PATH="$
 cmake --build "$prefix/consumer_cpp" >>"$prefix/consumer_cpp.log" 2>&1 ||
   { cat "$prefix/consumer_cpp.log"; exit 1; }
 "$prefix/consumer_cpp/consumer_cpp"
-echo "package: installed, a C and a C++ host built against it alone, one frame each"
+
+cmake -S tests/package/subproject -B "$prefix/subproject" -G Ninja -DLUT2D_SOURCE_DIR="$PWD" \
+  >"$prefix/subproject.log" 2>&1 || { cat "$prefix/subproject.log"; exit 1; }
+cmake --build "$prefix/subproject" >>"$prefix/subproject.log" 2>&1 ||
+  { cat "$prefix/subproject.log"; exit 1; }
+"$prefix/subproject/consumer_cpp"
+echo "package: installed, a C and a C++ host built against it alone, one frame each; the C++"
+echo "host also built with the library as part of its own project"
