@@ -11,7 +11,9 @@ packages=(
   libvips-dev                        # lut2d: reading and writing pictures
   libcairo2-dev libpango1.0-dev fonts-dejavu-core  # lut2d: plots, compares and labels
   libopencv-dev                      # the OpenCV peer in bench/frame_bench.cpp
-  binutils python3
+  binutils python3 pkgconf
+  g++-aarch64-linux-gnu lld          # the aarch64 cross builds (g++, and clang with lld)
+  qemu-user-static                   # runs their tests
 )
 
 missing=()

@@ -13,6 +13,7 @@
 #include <string>
 
 #include "dsp/sw2dlut_context.h"
+#include "dsp_runtime_control.h"
 #include "interface/orvix_lut2d.h"
 #include "support/records.h"
 
@@ -119,6 +120,7 @@ TEST(AllocFailureDsp, ExecuteWithoutItsArgumentBlockFails) {
     g_failSize = 0;
     EXPECT_STREQ(g_lastError, "Error: sw2dlut_dsp_execute failed, code=-1\n");
     EXPECT_EQ(SW2DLUTDeinit(ctx), 0);
+    EXPECT_EQ(dsp_runtime_host::liveBlocks(), 0u);
 }
 
 }  // namespace

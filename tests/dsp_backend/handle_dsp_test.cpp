@@ -15,8 +15,9 @@ using DspHandle = DspTest;
 // method is reported with its result, handle, scalars word, number and name; a failed open is
 // not reported; a handle without a context refuses to process.
 TEST_F(DspHandle, HandlesRunOnTheDspAndFailingMethodsAreReported) {
-    const std::vector<LogLine> banner{info("===========SW2DLUT_VERSION : v0.2.3===========\n"),
-                                      info("===========InitLut2D 2DLut 01===========\n")};
+    const std::vector<LogLine> banner{
+        info("===========SW2DLUT_VERSION : v" LUT2D_VERSION_STRING "===========\n"),
+        info("===========InitLut2D 2DLut 01===========\n")};
     // clang-format off
     struct Case { uint32_t method; int code, processStatus, line; uint32_t scalars;
                   const char* name; };

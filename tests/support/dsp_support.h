@@ -17,26 +17,13 @@ namespace lut2d_test {
 namespace host = dsp_runtime_host;
 using Bytes = std::vector<uint8_t>;
 
-// The captured log with every measured time ("123 us") written as "# us".
-inline std::vector<LogLine> logWithoutTimes() {
-    std::vector<LogLine> lines = logLines();
-    for (LogLine& l : lines) {
-        std::string& t = l.text;
-        for (size_t at = t.find(" us"), d = 0; at != std::string::npos; at = t.find(" us", d + 4)) {
-            for (d = at; d > 0 && t[d - 1] >= '0' && t[d - 1] <= '9';) --d;
-            t.replace(d, at - d, d < at ? "#" : "");
-        }
-    }
-    return lines;
-}
-
 inline std::vector<LogLine> operator+(std::vector<LogLine> a, const std::vector<LogLine>& b) {
     a.insert(a.end(), b.begin(), b.end());
     return a;
 }
 
 inline const std::vector<LogLine> kInitLog{
-    info("SW2DLUTInit: VERSION v0.2.3\n"),
+    info("SW2DLUTInit: VERSION v" LUT2D_VERSION_STRING "\n"),
     info("dsp_uri=file:///libsw2dlut_dsp_skel.so?"
          "sw2dlut_dsp_skel_handle_invoke&_modver=1.0&_dom=cdsp\n"),
     info("sw2dlut_dsp_open: # us\n"), info("sw2dlut_dsp_init: # us\n")};

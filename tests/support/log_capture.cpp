@@ -1,5 +1,6 @@
 #include "log_capture.h"
 
+#include <algorithm>
 #include <cstdarg>
 #include <cstdio>
 #include <mutex>
@@ -43,6 +44,27 @@ std::vector<std::string> logTexts() {
     std::vector<std::string> out;
     for (const LogLine& l : logLines()) out.push_back(l.text);
     return out;
+}
+
+std::vector<LogLine> logWithoutTimes() {
+    std::vector<LogLine> lines = logLines();
+    for (LogLine& l : lines) {
+        const std::string& t = l.text;
+        std::string masked;
+        for (size_t i = 0; i < t.size();) {
+            size_t end = i;
+            while (end < t.size() && t[end] >= '0' && t[end] <= '9') ++end;
+            if (end > i && t.compare(end, 3, " us") == 0) {
+                masked += '#';
+            } else {
+                end = std::max(end, i + 1);
+                masked.append(t, i, end - i);
+            }
+            i = end;
+        }
+        l.text = std::move(masked);
+    }
+    return lines;
 }
 
 }  // namespace lut2d_test

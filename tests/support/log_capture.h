@@ -26,6 +26,9 @@ std::vector<LogLine> logLines();
 // The texts only, in order.
 std::vector<std::string> logTexts();
 
+// The lines captured, with every measured time ("123 us") written as "# us".
+std::vector<LogLine> logWithoutTimes();
+
 inline LogLine info(std::string text) {
     return {4, "sw2dlut", std::move(text)};
 }

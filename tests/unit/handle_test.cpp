@@ -19,7 +19,8 @@ using lut2d_test::LogLine;
 using lut2d_test::logLines;
 using Lines = std::vector<LogLine>;
 
-const LogLine kBanner = lut2d_test::info("===========SW2DLUT_VERSION : v0.2.3===========\n");
+const LogLine kBanner =
+    lut2d_test::info("===========SW2DLUT_VERSION : v" LUT2D_VERSION_STRING "===========\n");
 
 class HandleTest : public ::testing::Test {
   protected:

@@ -103,7 +103,12 @@ OutputFile::OutputFile(fs::path target) : target_(std::move(target)) {
         throw ToolError(quoted(target_) + ": is a folder; give a file name for the output");
     }
     const fs::path folder = target_.has_parent_path() ? target_.parent_path() : fs::path(".");
-    std::string pattern = (folder / ("." + target_.filename().string() + ".lut2d-XXXXXX")).string();
+    // Appended rather than "." + name: GCC 12 at -O3 takes the latter for an overlapping copy
+    // (a false -Wrestrict).
+    std::string name = ".";
+    name += target_.filename().string();
+    name += ".lut2d-XXXXXX";
+    std::string pattern = (folder / name).string();
     const int fd = mkstemp(pattern.data());
     if (fd < 0) {
         throw ToolError(quoted(target_) + ": cannot write in " + quoted(folder) + ": " +

@@ -14,6 +14,7 @@
 #include "commands.h"
 #include "files.h"
 #include "library.h"
+#include "orvix_lut2d_version.h"
 #include "tool_error.h"
 
 namespace {
@@ -50,7 +51,7 @@ int main(int argc, char** argv) {
     CLI::App app{
         "lut2d: runs the 2-D hue/saturation LUT colour adjustment on pictures and raw YUV "
         "frames, and writes, checks, shows, converts and plots tuning records."};
-    app.set_version_flag("--version", "lut2d 0.2.3");
+    app.set_version_flag("--version", "lut2d " LUT2D_VERSION_STRING);
     bool verbose = false;
     app.add_flag("-v,--verbose", verbose, "Print the library's log lines too");
 

@@ -6,10 +6,12 @@
 
 #include <android/log.h>
 
+#include "orvix_lut2d_version.h"
+
 namespace lut2d {
 
 inline constexpr const char* kLogTag = "sw2dlut";
-inline constexpr const char* kVersion = "v0.2.3";
+inline constexpr const char* kVersion = "v" LUT2D_VERSION_STRING;  // in the log banner
 
 }  // namespace lut2d
 

@@ -5,9 +5,19 @@
 
 namespace lut2d {
 
+// Whether the process has the DSP remote-call runtime, every entry point of which the library
+// binds weakly. Without it the remote interface's functions return kNoRuntime and no shared
+// memory can be had.
+bool haveRuntime();
+inline constexpr int kNoRuntime = -1;
+
 // A block of the runtime's shared memory (system heap, cached), zero or more bytes; null on
-// failure. A size beyond the runtime's signed 32-bit size stops the process.
+// failure or without the runtime. A size beyond the runtime's signed 32-bit size stops the
+// process.
 void* allocShared(uint32_t bytes);
+
+// Gives a block of allocShared back to the runtime (null included).
+void freeShared(void* block);
 
 }  // namespace lut2d
 

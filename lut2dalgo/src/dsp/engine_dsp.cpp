@@ -105,14 +105,14 @@ int SW_2DLut_v10::run_dsp(Lut2DImageData* image) {
 int SW_2DLut_v10::DenitLut2D_dsp() {
     SW2DLUTContext* ctx = m_dspCtx;
     if (ctx != nullptr) {
-        rpcmem_free(ctx->in_buf);
-        rpcmem_free(ctx->out_buf);
-        rpcmem_free(ctx->scratch_buf);
+        lut2d::freeShared(ctx->in_buf);
+        lut2d::freeShared(ctx->out_buf);
+        lut2d::freeShared(ctx->scratch_buf);
     }
     if (SW2DLUTDeinit(ctx) != 0) LUT2D_LOGE("[Error]: SW2DLUTDeinit failed\n");
     m_dspCtx = nullptr;
     if (ctx != nullptr) {  // the record is the shared copy made with the context
-        rpcmem_free(m_cfg);
+        lut2d::freeShared(m_cfg);
         m_cfg = nullptr;
     }
     return LUT2D_OK;

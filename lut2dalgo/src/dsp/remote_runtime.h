@@ -1,9 +1,11 @@
 // The entry points of the DSP remote-call runtime that the DSP back-end uses.
 //
-// On Android the platform provides them; on Linux hosts an emulation built beside the library
-// (host/dsp_runtime) does. The binary conventions are the runtime's: a 64-bit connection
-// handle, remote arguments of 16 bytes (buffer pointer and length in bytes), and a 32-bit
-// scalars word per call that gives the method number and the numbers of buffers.
+// On Android the platform provides them; on Linux hosts an emulation (host/dsp_runtime) does,
+// which the tests load. The library binds them weakly: it loads into a process without the
+// runtime, and its DSP functions then fail (lut2d::haveRuntime). The binary conventions are
+// the runtime's: a 64-bit connection handle, remote arguments of 16 bytes (buffer pointer and
+// length in bytes), and a 32-bit scalars word per call that gives the method number and the
+// numbers of buffers.
 #pragma once
 
 #include <cstddef>
@@ -49,19 +51,26 @@ inline constexpr uint32_t reservedBits(uint32_t sc) {
 
 }  // namespace lut2d::remote
 
+#if defined(LUT2D_BUILDING_LIBRARY)
+#define LUT2D_RUNTIME_ENTRY __attribute__((weak))
+#else
+#define LUT2D_RUNTIME_ENTRY
+#endif
+
 extern "C" {
 
 // Opens a connection to the module named by `uri`; stores the handle in *handle. 0 on success.
-int remote_handle64_open(const char* uri, remote_handle64* handle);
+LUT2D_RUNTIME_ENTRY int remote_handle64_open(const char* uri, remote_handle64* handle);
 
 // Calls one method: `args` holds the input buffers, then the output buffers, as counted in
 // `scalars`. Returns the method's result, 0 on success.
-int remote_handle64_invoke(remote_handle64 handle, uint32_t scalars, remote_arg* args);
+LUT2D_RUNTIME_ENTRY int remote_handle64_invoke(remote_handle64 handle, uint32_t scalars,
+                                               remote_arg* args);
 
-int remote_handle64_close(remote_handle64 handle);
+LUT2D_RUNTIME_ENTRY int remote_handle64_close(remote_handle64 handle);
 
 // Memory that the runtime maps to the DSP instead of copying. Returns null on failure.
-void* rpcmem_alloc(int heapid, uint32_t flags, int size);
-void rpcmem_free(void* block);
+LUT2D_RUNTIME_ENTRY void* rpcmem_alloc(int heapid, uint32_t flags, int size);
+LUT2D_RUNTIME_ENTRY void rpcmem_free(void* block);
 
 }  // extern "C"

@@ -40,7 +40,12 @@ constexpr uint32_t kTableCounts[6] = {25, 16, 400, 400, 24, 15};
 void* lut2d::allocShared(uint32_t bytes) {
     constexpr int kSystemHeap = 25;
     constexpr uint32_t kCached = 1;
-    return rpcmem_alloc(kSystemHeap, kCached, checkedCast<int>(bytes));
+    const int size = checkedCast<int>(bytes);
+    return haveRuntime() ? rpcmem_alloc(kSystemHeap, kCached, size) : nullptr;
+}
+
+void lut2d::freeShared(void* block) {
+    if (haveRuntime()) rpcmem_free(block);
 }
 
 extern "C" {
@@ -68,7 +73,7 @@ SW2DLUTContext* SW2DLUTInit(uint16_t mode, uint32_t init_param, uint32_t width, 
         timed("sw2dlut_dsp_open", [&] { return sw2dlut_dsp_open(kSw2dlutDspUri, &ctx->handle); });
     if (opened != 0) {
         LUT2D_LOGE("Error: sw2dlut_dsp_open failed, code=%d\n", opened);
-        rpcmem_free(ctx);
+        lut2d::freeShared(ctx);
         return nullptr;
     }
     const int initialised =
@@ -78,7 +83,7 @@ SW2DLUTContext* SW2DLUTInit(uint16_t mode, uint32_t init_param, uint32_t width, 
     LUT2D_LOGE("Error: sw2dlut_dsp_init failed, code=%d\n", initialised);
     timed("sw2dlut_dsp_close", [&] { return sw2dlut_dsp_close(ctx->handle); });
     ctx->handle = 0;
-    rpcmem_free(ctx);
+    lut2d::freeShared(ctx);
     return nullptr;
 }
 
@@ -139,7 +144,7 @@ int SW2DLUTDeinit(SW2DLUTContext* ctx) {
     timed("sw2dlut_dsp_close",
           [&] { return ctx->handle != 0 ? sw2dlut_dsp_close(ctx->handle) : 0; });
     ctx->handle = 0;
-    rpcmem_free(ctx);
+    lut2d::freeShared(ctx);
     return LUT2D_OK;
 }
 

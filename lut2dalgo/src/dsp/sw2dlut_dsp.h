@@ -3,9 +3,10 @@
 //
 // Calling order over one connection: sw2dlut_dsp_open, sw2dlut_dsp_init, any number of
 // sw2dlut_dsp_execute, sw2dlut_dsp_deinit, sw2dlut_dsp_close. Every function returns the
-// runtime's result, 0 on success. Large arrays travel as remote buffers and are never copied
-// here: the tables point into the caller's tuning record, and the frame and scratch buffers
-// should be shared memory (rpcmem_alloc) so that the runtime can map them.
+// runtime's result, 0 on success, or -1 when the process has no runtime. Large arrays travel as
+// remote buffers and are never copied here: the tables point into the caller's tuning record, and
+// the frame and scratch buffers should be shared memory (rpcmem_alloc) so that the runtime can map
+// them.
 #pragma once
 
 #include <cstdint>

@@ -5,6 +5,7 @@
 #include <cstring>
 
 #include "../common/checked_math.h"
+#include "dsp_internal.h"
 #include "sw2dlut_dsp.h"
 
 // Optional debug log of the platform; absent from most processes, so bound weakly.
@@ -32,6 +33,17 @@ struct MethodSite {
 constexpr MethodSite kInitSite{kMethodInit, kInitScalars, 314, "_stub_method"};
 constexpr MethodSite kExecuteSite{kMethodExecute, kExecuteScalars, 494, "_stub_method_1"};
 constexpr MethodSite kDeinitSite{kMethodDeinit, kDeinitScalars, 507, "_stub_method_2"};
+
+// The runtime's calls, or kNoRuntime when the process has no runtime.
+int openConnection(const char* uri, remote_handle64* handle) {
+    return lut2d::haveRuntime() ? remote_handle64_open(uri, handle) : lut2d::kNoRuntime;
+}
+int closeConnection(remote_handle64 handle) {
+    return lut2d::haveRuntime() ? remote_handle64_close(handle) : lut2d::kNoRuntime;
+}
+int invoke(remote_handle64 handle, uint32_t scalars, remote_arg* args) {
+    return lut2d::haveRuntime() ? remote_handle64_invoke(handle, scalars, args) : lut2d::kNoRuntime;
+}
 
 // Returns `result`, logging it first when it is a failure and the platform's debug log exists.
 int reported(int result, remote_handle64 handle, const MethodSite& site) {
@@ -88,21 +100,26 @@ int32_t describe(remote_arg& arg, T* data, int32_t count) {
 
 }  // namespace
 
+bool lut2d::haveRuntime() {
+    return remote_handle64_open != nullptr && remote_handle64_invoke != nullptr &&
+           remote_handle64_close != nullptr && rpcmem_alloc != nullptr && rpcmem_free != nullptr;
+}
+
 extern "C" {
 
 int sw2dlut_dsp_open(const char* uri, remote_handle64* handle) {
-    return remote_handle64_open(uri, handle);
+    return openConnection(uri, handle);
 }
 
 int sw2dlut_dsp_close(remote_handle64 handle) {
-    return remote_handle64_close(handle);
+    return closeConnection(handle);
 }
 
 int sw2dlut_dsp_init(remote_handle64 handle, uint32_t value) {
     uint32_t primaryIn = value;
     remote_arg args[1];
     args[0].buf = {&primaryIn, sizeof primaryIn};
-    return reported(remote_handle64_invoke(handle, kInitScalars, args), handle, kInitSite);
+    return reported(invoke(handle, kInitScalars, args), handle, kInitSite);
 }
 
 int sw2dlut_dsp_execute(remote_handle64 handle, const sw2dlut_dsp_config* config,
@@ -152,7 +169,7 @@ int sw2dlut_dsp_execute(remote_handle64 handle, const sw2dlut_dsp_config* config
     args[kPrimaryIn].buf = {&primaryIn, sizeof primaryIn};
     args[kPrimaryOut].buf = {&primaryOut, sizeof primaryOut};
 
-    const int result = remote_handle64_invoke(handle, kExecuteScalars, args);
+    const int result = invoke(handle, kExecuteScalars, args);
     if (result != 0) return reported(result, handle, kExecuteSite);  // the block stays allocated
     *dspTime = primaryOut;
     releaseArgumentBlocks(block);
@@ -160,7 +177,7 @@ int sw2dlut_dsp_execute(remote_handle64 handle, const sw2dlut_dsp_config* config
 }
 
 int sw2dlut_dsp_deinit(remote_handle64 handle) {
-    return reported(remote_handle64_invoke(handle, kDeinitScalars, nullptr), handle, kDeinitSite);
+    return reported(invoke(handle, kDeinitScalars, nullptr), handle, kDeinitSite);
 }
 
 }  // extern "C"
