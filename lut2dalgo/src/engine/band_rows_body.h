@@ -142,8 +142,8 @@ LUT2D_FORCE_INLINE U firstOfEqualKeys(U key, U lane) {
 // first the first lane with each lane's key (the lane itself when kRepeats is false): a repeat
 // meets what the first of its key found or claimed.
 template <class Ops, bool kRepeats>
-LUT2D_FORCE_INLINE size_t lookUpGroup(HM_RGB* cache, CacheWalk& w, size_t i, U place, U k,
-                                      U slot, U first, size_t misses) {
+LUT2D_FORCE_INLINE size_t lookUpGroup(HM_RGB* cache, CacheWalk& w, size_t i, U place, U k, U slot,
+                                      U first, size_t misses) {
     uint32_t s[8];
     store(s, slot);
     U stored, storedKey;
