@@ -205,11 +205,15 @@ void walkChunk(HM_RGB* cache, CacheWalk& w) {
 
 template <class Ops>
 void settleChunk(HM_RGB* cache, CacheWalk& w) {
+    // Each entry whole (its key is the miss's), eight at a time, in miss order: a later read
+    // of it, which may come soon, takes it straight from the store.
+    size_t m = 0;
+    for (; m + 8 <= w.misses; m += 8) {
+        Ops::writeEntries(cache, w.missSlot + m, load<U>(w.computed + m), load<U>(w.missKey + m));
+    }
+    for (; m < w.misses; ++m) cache[w.missSlot[m]] = {w.computed[m], w.missKey[m]};
     std::memset(w.isMiss, 0, w.count);
-    for (size_t m = 0; m < w.misses; ++m) {
-        // The whole entry in one store (its key is the miss's): a later read of it, which may
-        // come soon, then takes it straight from the store.
-        cache[w.missSlot[m]] = {w.computed[m], w.missKey[m]};
+    for (m = 0; m < w.misses; ++m) {
         w.result[w.missAt[m]] = w.computed[m];
         w.isMiss[w.missAt[m]] = 1;
     }
