@@ -6,6 +6,7 @@
 #                  temporary prefix, with a C and a C++ host built against it
 #   asan, tsan     gcc with AddressSanitizer + UndefinedBehaviorSanitizer, ThreadSanitizer
 #   clang          tests, tools and benchmarks
+#   msan           clang with MemorySanitizer: the library and its tests
 #   arm64-gcc      aarch64 with Debian's cross g++ (Release), tests under qemu
 #   arm64-clang    aarch64 with clang and lld, tests under qemu
 #   android-branch the CMake build's Android branch, configured with the aarch64 clang
@@ -48,6 +49,8 @@ TSAN_OPTIONS="halt_on_error=1" \
 run tsan -DCMAKE_CXX_COMPILER=g++ -DCMAKE_C_COMPILER=gcc -DLUT2D_SANITIZE=thread \
     -DLUT2D_BUILD_BENCH=OFF -DLUT2D_BUILD_TOOLS=OFF
 run clang -DCMAKE_CXX_COMPILER=clang++ -DCMAKE_C_COMPILER=clang
+run msan -DCMAKE_CXX_COMPILER=clang++ -DCMAKE_C_COMPILER=clang -DLUT2D_SANITIZE=memory \
+    -DLUT2D_BUILD_BENCH=OFF -DLUT2D_BUILD_TOOLS=OFF
 
 # aarch64: the library and the whole test suite (the NEON colour kernel included), run
 # through qemu by CTest. The tools and benchmarks are host programs.
