@@ -11,6 +11,7 @@
 #   arm64-clang    aarch64 with clang and lld, tests under qemu
 #   android-branch the CMake build's Android branch, configured with the aarch64 clang
 #                  toolchain and ANDROID set; the library checked, and Android.bp against it
+#   fuzz           every libFuzzer target for 45 s in each of its builds (scripts/fuzz.sh)
 # Usage: scripts/test.sh [--quick]   (--quick: the format check and the gcc build only)
 set -euo pipefail
 cd "$(dirname "$0")/.."
@@ -61,3 +62,4 @@ run arm64-gcc -DCMAKE_TOOLCHAIN_FILE=cmake/toolchains/aarch64-linux-gnu-gcc.cmak
     -DCMAKE_BUILD_TYPE=Release "${arm64[@]}"
 run arm64-clang -DCMAKE_TOOLCHAIN_FILE=cmake/toolchains/aarch64-linux-gnu-clang.cmake "${arm64[@]}"
 step android-branch bash scripts/check-android-branch.sh
+step fuzz bash scripts/fuzz.sh 45
