@@ -271,13 +271,11 @@ Y4mHeader makeY4mHeader(const FrameGeometry& g) {
     Y4mHeader h;
     h.width = g.width;
     h.height = g.height;
-    h.tokens = {"W" + std::to_string(g.width),
-                "H" + std::to_string(g.height),
-                "F25:1",
-                "Ip",
-                "A1:1",
-                "C420jpeg",
-                "XYSCSS=420JPEG"};
+    // (Appended rather than concatenated: GCC 12 warns falsely on "W" + std::string at -O3.)
+    std::string width = "W", height = "H";
+    width += std::to_string(g.width);
+    height += std::to_string(g.height);
+    h.tokens = {width, height, "F25:1", "Ip", "A1:1", "C420jpeg", "XYSCSS=420JPEG"};
     return h;
 }
 

@@ -291,7 +291,8 @@ void redSeam(const ISP2DLUTInStruct_V10& r, std::vector<LintWarning>& out) {
         for (int j = 0; j < kSatNodes; ++j) {
             const double jump =
                 std::abs(g.values[j] - g.values[(kHueNodes - 1) * kSatNodes + j]) * g.unit;
-            perNode += (j > 0 ? " " : "") + num(jump, 1);
+            if (j > 0) perNode += ' ';
+            perNode += num(jump, 1);
             if (jump <= g.limit) continue;
             if (first < 0) first = j;
             last = j;
