@@ -5,6 +5,8 @@ set -euo pipefail
 
 packages=(
   cmake ninja-build g++ clang clang-format
+  libclang-rt-14-dev                 # clang's sanitizer and libFuzzer runtimes
+  libc++-14-dev libc++abi-14-dev     # LLVM's C++ library, for the memory-sanitizer build
   android-liblog-dev                 # <android/log.h> and a host liblog
   googletest libgtest-dev libgmock-dev libbenchmark-dev
   libcli11-dev nlohmann-json3-dev pkgconf

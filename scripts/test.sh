@@ -6,10 +6,12 @@
 #                  temporary prefix, with a C and a C++ host built against it
 #   asan, tsan     gcc with AddressSanitizer + UndefinedBehaviorSanitizer, ThreadSanitizer
 #   clang          tests, tools and benchmarks
+#   msan           clang with MemorySanitizer: the library and its tests
 #   arm64-gcc      aarch64 with Debian's cross g++ (Release), tests under qemu
 #   arm64-clang    aarch64 with clang and lld, tests under qemu
 #   android-branch the CMake build's Android branch, configured with the aarch64 clang
 #                  toolchain and ANDROID set; the library checked, and Android.bp against it
+#   fuzz           every libFuzzer target for 45 s in each of its builds (scripts/fuzz.sh)
 # Usage: scripts/test.sh [--quick]   (--quick: the format check and the gcc build only)
 set -euo pipefail
 cd "$(dirname "$0")/.."
@@ -48,6 +50,8 @@ TSAN_OPTIONS="halt_on_error=1" \
 run tsan -DCMAKE_CXX_COMPILER=g++ -DCMAKE_C_COMPILER=gcc -DLUT2D_SANITIZE=thread \
     -DLUT2D_BUILD_BENCH=OFF -DLUT2D_BUILD_TOOLS=OFF
 run clang -DCMAKE_CXX_COMPILER=clang++ -DCMAKE_C_COMPILER=clang
+run msan -DCMAKE_CXX_COMPILER=clang++ -DCMAKE_C_COMPILER=clang -DLUT2D_SANITIZE=memory \
+    -DLUT2D_BUILD_BENCH=OFF -DLUT2D_BUILD_TOOLS=OFF
 
 # aarch64: the library and the whole test suite (the NEON colour kernel included), run
 # through qemu by CTest. The tools and benchmarks are host programs.
@@ -58,3 +62,4 @@ run arm64-gcc -DCMAKE_TOOLCHAIN_FILE=cmake/toolchains/aarch64-linux-gnu-gcc.cmak
     -DCMAKE_BUILD_TYPE=Release "${arm64[@]}"
 run arm64-clang -DCMAKE_TOOLCHAIN_FILE=cmake/toolchains/aarch64-linux-gnu-clang.cmake "${arm64[@]}"
 step android-branch bash scripts/check-android-branch.sh
+step fuzz bash scripts/fuzz.sh 45

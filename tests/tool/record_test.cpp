@@ -87,6 +87,8 @@ TEST(RecordJson, EveryProblemIsNamedOnItsOwnLine) {
     }
     EXPECT_EQ(
         jsonProblems("{").at(0).rfind("j: not valid JSON: parse error at line 1, column 2", 0), 0u);
+    EXPECT_EQ(jsonProblems("{\"enable\": -64e446}"),
+              Lines{"j: not valid JSON: number overflow parsing '-64e446'"});
 }
 
 TEST(RecordBytes, AreReadFromMemoryLikeFiles) {

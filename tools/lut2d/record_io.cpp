@@ -117,7 +117,7 @@ class JsonReader {
 };
 
 // nlohmann's messages start with "[json.exception.parse_error.101] "; keep the rest.
-std::string parseMessage(const json::parse_error& e) {
+std::string parseMessage(const json::exception& e) {
     std::string what = e.what();
     const size_t close = what.find("] ");
     return close == std::string::npos ? what : what.substr(close + 2);
@@ -158,7 +158,7 @@ ISP2DLUTInStruct_V10 recordFromJson(std::string_view text, const std::string& so
     json doc;
     try {
         doc = json::parse(text.begin(), text.end());
-    } catch (const json::parse_error& e) {
+    } catch (const json::exception& e) {  // a syntax error, or a number beyond a double
         throw ToolError(source + ": not valid JSON: " + parseMessage(e));
     }
     if (!doc.is_object()) {

@@ -20,16 +20,24 @@ namespace {
 using lut2d::checkedMul;
 using lut2d::kBandCount;
 
-// Copies the chroma the full-resolution workers wrote back over the frame. Only the bytes
-// of each chroma row that hold adjusted pairs are copied; row padding keeps its input value.
-void copyChromaBack(uint8_t* chroma, const uint8_t* result, uint32_t width, uint32_t stride,
+// Copies the bytes of each chroma row that hold adjusted pairs from one plane to the other:
+// after the join, the full-resolution workers' results over the frame (row padding keeps its
+// input value). With no supported byte order the workers wrote no chroma: nothing is copied.
+void copyChromaRows(uint8_t* to, const uint8_t* from, uint32_t width, uint32_t stride,
                     uint32_t height, uint32_t format) {
-    if (format > 1) return;  // no supported byte order: the workers wrote no chroma
+    if (format > 1) return;
     const size_t rowBytes = std::min(width, stride) & ~1u;
     const size_t rows = height / 2;
     for (size_t r = 0; r < rows; ++r) {
-        std::memcpy(chroma + r * stride, result + r * stride, rowBytes);
+        std::memcpy(to + r * stride, from + r * stride, rowBytes);
     }
+}
+
+// Whether the band records carry the working geometry: they hold rows, width and stride in
+// 16 bits. Beyond that the records' values are cut to 16 bits, so the workers cover only
+// part of the frame and their row ranges may overlap.
+bool recordsCarry(uint32_t width, uint32_t stride, uint32_t height) {
+    return std::max({width, stride, height}) <= UINT16_MAX;
 }
 
 }  // namespace
@@ -65,6 +73,14 @@ int SW_2DLut_v10::run2dlut_fx(Lut2DImageData* image) {
         width >>= 1;
         stride >>= 1;
     }
+    // A geometry the records cannot carry: what no worker writes of the scratch plane holds
+    // "no change" (the input chroma, the offset 128), so the finish, which covers the whole
+    // frame, brings nothing but computed bytes and the frame's own into it; and the bands run
+    // one after another on this thread, since their rows may overlap.
+    const bool carried = recordsCarry(width, stride, height);
+    if (!carried && fullRes)
+        copyChromaRows(scratch, image->pChroma, width, stride, height, m_format);
+    if (!carried && lowRes) std::memset(scratch, 128, quarter);
 
     pthread_t threads[kBandCount] = {};
     bool started[kBandCount] = {};
@@ -114,14 +130,14 @@ int SW_2DLut_v10::run2dlut_fx(Lut2DImageData* image) {
             jobs[i].start = &start;
         }
         for (int i = 0; i < kBandCount; ++i) {
-            started[i] = pthread_create(&threads[i], nullptr, body, &jobs[i]) == 0;
+            started[i] = carried && pthread_create(&threads[i], nullptr, body, &jobs[i]) == 0;
         }
         lut2d::prepareBatchTables(tables, lut2d::kernelTables(*this));
         const lut2d::FrameKernels kernels = lut2d::selectFrameKernels(tables);
         for (lut2d::BandJob& job : jobs) job.work.kernels = kernels;
         start.open();
-        // Without a thread a band is still adjusted, on this thread, and its share of the
-        // finish is done here too.
+        // Without a thread (none is started for a geometry the records cannot carry) a band
+        // is still adjusted, on this thread, and its share of the finish is done here too.
         for (int i = 0; i < kBandCount; ++i) {
             if (started[i]) continue;
             if (sharedFinish) gate.bandWithoutWorker();
@@ -163,7 +179,7 @@ int SW_2DLut_v10::run2dlut_fx(Lut2DImageData* image) {
     }
 
     if (fullRes) {
-        copyChromaBack(image->pChroma, scratch, width, stride, height, m_format);
+        copyChromaRows(image->pChroma, scratch, width, stride, height, m_format);
     } else if (lowRes) {
         (void)YOffsetAddition_tessel(scratch, image->pLuma, width, stride, height);
     }

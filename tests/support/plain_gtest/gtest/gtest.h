@@ -1,0 +1,223 @@
+// A small stand-in for GoogleTest, used by the memory-sanitizer build in its place (see
+// lut2d_sanitizer_options in the top CMakeLists.txt): the same test sources compile against
+// it, and everything it runs is compiled into the test program with the instrumentation.
+// Messages are formatted with snprintf, never with streams.
+//
+// It has what the suite uses: TEST and TEST_F (SetUp, TearDown), the EXPECT_ and ASSERT_
+// comparisons with streamed messages, ADD_FAILURE, EXPECT_DEATH (the statement runs in a child
+// process; the pattern is not matched), SCOPED_TRACE, HasFailure and RecordProperty; and the
+// command line that CTest's test discovery uses: --gtest_list_tests and --gtest_filter.
+#pragma once
+
+#include <cstdint>
+#include <cstring>
+#include <functional>
+#include <ios>
+#include <string>
+#include <string_view>
+#include <type_traits>
+
+namespace testing {
+
+// Text built with <<: strings, characters, numbers (std::hex and std::dec switch their base),
+// enumerations and pointers.
+class Message {
+  public:
+    template <typename T>
+    Message& operator<<(const T& value);
+    Message& operator<<(std::ios_base& (*manipulator)(std::ios_base&)) {
+        if (manipulator == std::hex) hex_ = true;
+        if (manipulator == std::dec) hex_ = false;
+        return *this;
+    }
+    const std::string& str() const { return text_; }
+
+  private:
+    std::string text_;
+    bool hex_ = false;
+};
+
+class Test {
+  public:
+    virtual ~Test() = default;
+    virtual void SetUp() {}
+    virtual void TearDown() {}
+    virtual void TestBody() = 0;
+
+    // Whether the running test has failed so far (fatally).
+    static bool HasFailure();
+    static bool HasFatalFailure();
+    // Printed with the test's result.
+    static void RecordProperty(const std::string& key, const std::string& value);
+    static void RecordProperty(const std::string& key, int64_t value);
+};
+
+namespace internal {
+
+std::string formatNumber(const char* format, ...) __attribute__((format(printf, 1, 2)));
+
+template <typename T>
+std::string printValue(const T& v) {
+    using U = std::decay_t<T>;
+    if constexpr (std::is_same_v<U, bool>) {
+        return v ? "true" : "false";
+    } else if constexpr (std::is_same_v<U, std::nullptr_t>) {
+        return "nullptr";
+    } else if constexpr (std::is_same_v<U, char> || std::is_same_v<U, signed char> ||
+                         std::is_same_v<U, unsigned char>) {
+        return formatNumber("%d", static_cast<int>(v));
+    } else if constexpr (std::is_enum_v<U>) {
+        return printValue(static_cast<std::underlying_type_t<U>>(v));
+    } else if constexpr (std::is_integral_v<U> && std::is_signed_v<U>) {
+        return formatNumber("%lld", static_cast<long long>(v));
+    } else if constexpr (std::is_integral_v<U>) {
+        return formatNumber("%llu", static_cast<unsigned long long>(v));
+    } else if constexpr (std::is_floating_point_v<U>) {
+        return formatNumber("%.17g", static_cast<double>(v));
+    } else if constexpr (std::is_convertible_v<const U&, std::string_view>) {
+        return std::string(std::string_view(v));
+    } else if constexpr (std::is_pointer_v<U>) {
+        return formatNumber("%p", static_cast<const void*>(v));
+    } else if constexpr (requires { v.size(); }) {
+        return "(" + printValue(v.size()) + " elements)";
+    } else {
+        return "(" + printValue(sizeof v) + "-byte object)";
+    }
+}
+
+// An assertion's outcome: success, or the text of its failure.
+struct Result {
+    bool ok = true;
+    std::string text;
+    explicit operator bool() const { return ok; }
+};
+
+Result failure(std::string text);
+
+template <typename A, typename B, typename Op>
+Result compare(const char* opText, const char* a, const char* b, const A& va, const B& vb, Op op) {
+    if (op(va, vb)) return {};
+    return failure(std::string("Expected: (") + a + ") " + opText + " (" + b +
+                   "), actual: " + printValue(va) + " vs " + printValue(vb));
+}
+
+Result isTrue(bool value, const char* text, bool expected);
+Result sameCString(const char* a, const char* b, const char* va, const char* vb);
+// Runs the statement in a child process; whether the child died (a signal or a non-zero exit).
+bool dies(const std::function<void()>& statement);
+
+// Records a failure of the running test where a failing assertion's message ends.
+class AssertHelper {
+  public:
+    AssertHelper(const char* file, int line, std::string text, bool fatal)
+        : file_(file), line_(line), text_(std::move(text)), fatal_(fatal) {}
+    void operator=(const Message& message) const;
+
+  private:
+    const char* file_;
+    int line_;
+    std::string text_;
+    bool fatal_;
+};
+
+class ScopedTrace {
+  public:
+    ScopedTrace(const char* file, int line, const Message& message) {
+        push(file, line, message.str());
+    }
+    template <typename T>
+    ScopedTrace(const char* file, int line, const T& message) {
+        push(file, line, (Message() << message).str());
+    }
+    ~ScopedTrace();
+    ScopedTrace(const ScopedTrace&) = delete;
+    ScopedTrace& operator=(const ScopedTrace&) = delete;
+
+  private:
+    static void push(const char* file, int line, const std::string& text);
+};
+
+struct Registrar {
+    Registrar(const char* suite, const char* name, Test* (*make)());
+};
+
+}  // namespace internal
+
+template <typename T>
+Message& Message::operator<<(const T& value) {
+    if constexpr (std::is_integral_v<T> && !std::is_same_v<T, bool>) {
+        if (hex_) {
+            text_ += internal::formatNumber("%llx", static_cast<unsigned long long>(value));
+            return *this;
+        }
+    }
+    text_ += internal::printValue(value);
+    return *this;
+}
+
+int runAllTests(int argc, char** argv);
+
+}  // namespace testing
+
+#define LUT2D_GTEST_CAT_(a, b) a##b
+#define LUT2D_GTEST_CAT(a, b) LUT2D_GTEST_CAT_(a, b)
+
+#define LUT2D_GTEST_TEST_(suite, name, base)                                            \
+    class suite##_##name##_Test : public base {                                         \
+      public:                                                                           \
+        void TestBody() override;                                                       \
+    };                                                                                  \
+    static const ::testing::internal::Registrar suite##_##name##_registrar(             \
+        #suite, #name, []() -> ::testing::Test* { return new suite##_##name##_Test; }); \
+    void suite##_##name##_Test::TestBody()
+
+#define TEST(suite, name) LUT2D_GTEST_TEST_(suite, name, ::testing::Test)
+#define TEST_F(fixture, name) LUT2D_GTEST_TEST_(fixture, name, fixture)
+
+#define LUT2D_GTEST_CHECK_(result, fatal)                               \
+    switch (0)                                                          \
+    case 0:                                                             \
+    default:                                                            \
+        if (const ::testing::internal::Result lut2d_gtest_r = (result)) \
+            ;                                                           \
+        else                                                            \
+            LUT2D_GTEST_ON_FAILURE_##fatal(lut2d_gtest_r)
+#define LUT2D_GTEST_ON_FAILURE_0(r) \
+    ::testing::internal::AssertHelper(__FILE__, __LINE__, r.text, false) = ::testing::Message()
+#define LUT2D_GTEST_ON_FAILURE_1(r)                                              \
+    return ::testing::internal::AssertHelper(__FILE__, __LINE__, r.text, true) = \
+               ::testing::Message()
+
+#define LUT2D_GTEST_CMP_(a, b, op, fatal)                                                        \
+    LUT2D_GTEST_CHECK_(                                                                          \
+        ::testing::internal::compare(#op, #a, #b, a, b,                                          \
+                                     [](const auto& x, const auto& y) { return bool(x op y); }), \
+        fatal)
+
+#define EXPECT_EQ(a, b) LUT2D_GTEST_CMP_(a, b, ==, 0)
+#define EXPECT_NE(a, b) LUT2D_GTEST_CMP_(a, b, !=, 0)
+#define EXPECT_LT(a, b) LUT2D_GTEST_CMP_(a, b, <, 0)
+#define EXPECT_LE(a, b) LUT2D_GTEST_CMP_(a, b, <=, 0)
+#define EXPECT_GT(a, b) LUT2D_GTEST_CMP_(a, b, >, 0)
+#define EXPECT_GE(a, b) LUT2D_GTEST_CMP_(a, b, >=, 0)
+#define ASSERT_EQ(a, b) LUT2D_GTEST_CMP_(a, b, ==, 1)
+#define ASSERT_NE(a, b) LUT2D_GTEST_CMP_(a, b, !=, 1)
+#define ASSERT_LT(a, b) LUT2D_GTEST_CMP_(a, b, <, 1)
+#define ASSERT_LE(a, b) LUT2D_GTEST_CMP_(a, b, <=, 1)
+#define ASSERT_GT(a, b) LUT2D_GTEST_CMP_(a, b, >, 1)
+#define ASSERT_GE(a, b) LUT2D_GTEST_CMP_(a, b, >=, 1)
+#define EXPECT_TRUE(c) LUT2D_GTEST_CHECK_(::testing::internal::isTrue(bool(c), #c, true), 0)
+#define EXPECT_FALSE(c) LUT2D_GTEST_CHECK_(::testing::internal::isTrue(bool(c), #c, false), 0)
+#define ASSERT_TRUE(c) LUT2D_GTEST_CHECK_(::testing::internal::isTrue(bool(c), #c, true), 1)
+#define ASSERT_FALSE(c) LUT2D_GTEST_CHECK_(::testing::internal::isTrue(bool(c), #c, false), 1)
+#define EXPECT_STREQ(a, b) LUT2D_GTEST_CHECK_(::testing::internal::sameCString(#a, #b, a, b), 0)
+#define ADD_FAILURE() \
+    ::testing::internal::AssertHelper(__FILE__, __LINE__, "Failed", false) = ::testing::Message()
+#define EXPECT_DEATH(statement, pattern)                                                          \
+    LUT2D_GTEST_CHECK_(::testing::internal::isTrue(::testing::internal::dies([&] { statement; }), \
+                                                   "the process dies in " #statement, true),      \
+                       0)
+
+#define SCOPED_TRACE(message)                                                             \
+    const ::testing::internal::ScopedTrace LUT2D_GTEST_CAT(lut2d_gtest_trace_, __LINE__)( \
+        __FILE__, __LINE__, (message))

@@ -1,0 +1,143 @@
+// Frames whose geometry the band records cannot carry (they hold rows, width and stride in 16
+// bits: 65536 or more in the full-resolution mode, 131072 or more in the low-resolution mode,
+// where they are halved): every byte that reaches the frame is computed by the library or is
+// the frame's own input, whatever the heap held before the frame.
+
+#include <gtest/gtest.h>
+#include <malloc.h>
+
+#include <algorithm>
+#include <cstdlib>
+#include <cstring>
+#include <string>
+#include <tuple>
+#include <vector>
+
+#include "support/records.h"
+
+namespace {
+
+using lut2d_test::Frame;
+
+struct Geometry {
+    Lut2DMode mode;
+    uint32_t width, height, stride;
+};
+
+std::string describe(const Geometry& g, uint32_t format) {
+    return std::string(g.mode == LUT2D_MODE_CHRUS ? "full " : "low ") + std::to_string(g.width) +
+           "x" + std::to_string(g.height) + " pitch " + std::to_string(g.stride) + " format " +
+           std::to_string(format);
+}
+
+// Beyond the records in one dimension or more; the last three of each mode have row bands
+// that overlap once cut to 16 bits. Two at the limit, which the records carry, for contrast.
+const Geometry kGeometries[] = {
+    {LUT2D_MODE_CHRUS, 65534, 2, 65534},  // carried
+    {LUT2D_MODE_CHRUS, 65538, 2, 65538}, {LUT2D_MODE_CHRUS, 65537, 3, 65537},
+    {LUT2D_MODE_CHRUS, 65536, 4, 65536}, {LUT2D_MODE_CHRUS, 2, 4, 65540},
+    {LUT2D_MODE_CHRUS, 6, 65538, 8},     {LUT2D_MODE_CHRUS, 6, 87386, 6},
+    {LUT2D_MODE_CHRUS, 2, 131074, 2},    {LUT2D_MODE_CHRUS, 4, 174770, 5},
+    {LUT2D_MODE_YDS, 131070, 2, 131070},  // carried
+    {LUT2D_MODE_YDS, 131076, 2, 131076}, {LUT2D_MODE_YDS, 131075, 5, 131077},
+    {LUT2D_MODE_YDS, 4, 4, 131080},      {LUT2D_MODE_YDS, 2, 131074, 2},
+    {LUT2D_MODE_YDS, 6, 174768, 6},      {LUT2D_MODE_YDS, 4, 262148, 4},
+    {LUT2D_MODE_YDS, 2, 349530, 2},
+};
+
+// The blocks a frame of this geometry allocates: its scratch plane, and in the
+// low-resolution mode the temporary of the finish.
+std::vector<size_t> frameAllocations(const Geometry& g) {
+    const size_t quarter = size_t{g.stride} * g.height / 4;
+    if (g.mode == LUT2D_MODE_CHRUS) return {2 * quarter};
+    return {quarter, size_t{4} * (g.stride / 2) * (g.height / 2)};
+}
+
+// Fills blocks of the frame's sizes with the marker and frees them, so that the frame's own
+// allocations start out holding the marker: the heap hands a freed block back to the next
+// request of its size. Blocks are kept off mmap, which would hand out zeroed pages.
+void poisonHeap(const Geometry& g, uint8_t marker) {
+    static const bool heapKept = [] {
+        mallopt(M_MMAP_THRESHOLD, 256 << 20);
+        mallopt(M_TRIM_THRESHOLD, 512 << 20);
+        return true;
+    }();
+    (void)heapKept;
+    for (size_t bytes : frameAllocations(g)) {
+        void* block = std::malloc(bytes);
+        ASSERT_NE(block, nullptr);
+        std::memset(block, marker, bytes);
+        asm volatile("" : : "r"(block) : "memory");  // the compiler must keep the stores
+        std::free(block);
+    }
+}
+
+// One frame on a new handle, after the heap was poisoned with the marker.
+Frame process(const Geometry& g, uint32_t format, ISP2DLUTInStruct_V10& record, const Frame& input,
+              uint8_t marker) {
+    void* handle = nullptr;
+    EXPECT_EQ(InitLut2D(&handle, &record, input.info, g.mode), 0);
+    Frame out = input;
+    poisonHeap(g, marker);
+    Lut2DImageData d = out.data();
+    EXPECT_EQ(processLut2d(handle, &d, 0), 0) << describe(g, format);
+    releaseLut2d(handle);
+    return out;
+}
+
+// The first place where two frames differ, or nothing.
+std::string difference(const Frame& a, const Frame& b) {
+    for (const auto& [name, x, y] :
+         {std::tuple{"luma", &a.luma, &b.luma}, std::tuple{"chroma", &a.chroma, &b.chroma}}) {
+        const auto at = std::mismatch(x->begin(), x->end(), y->begin()).first;
+        if (at == x->end()) continue;
+        const auto i = static_cast<size_t>(at - x->begin());
+        return std::string(name) + " byte " + std::to_string(i) + " (row " +
+               std::to_string(i / a.info.stride) + "): " + std::to_string((*x)[i]) + " vs " +
+               std::to_string((*y)[i]);
+    }
+    return "";
+}
+
+// A grey frame under a record that moves nothing comes back exactly as it was: any byte the
+// library did not compute (the marker, a heap pointer) would show.
+TEST(BandLimits, GreyFrameUnderANeutralRecordComesBackUnchanged) {
+    ISP2DLUTInStruct_V10 record = lut2d_test::neutralRecord();
+    for (const Geometry& g : kGeometries) {
+        for (uint32_t format : {0u, 1u}) {
+            Frame grey(g.width, g.height, g.stride, format);
+            std::fill(grey.luma.begin(), grey.luma.end(), 100);
+            if (grey.chroma.empty()) grey.chroma.assign(1, 128);
+            const Frame out = process(g, format, record, grey, 0xA5);
+            const std::string d = difference(out, grey);
+            EXPECT_TRUE(d.empty()) << describe(g, format) << ": " << d;
+        }
+    }
+}
+
+// Random content under a record that moves every colour: the result does not depend on what
+// the heap held (two markers give the same frame) and holds no run of the marker.
+TEST(BandLimits, ResultDoesNotDependOnTheHeap) {
+    ISP2DLUTInStruct_V10 record = lut2d_test::busyRecord(12);
+    uint32_t seed = 1;
+    for (const Geometry& g : kGeometries) {
+        for (uint32_t format : {0u, 1u}) {
+            Frame input(g.width, g.height, g.stride, format);
+            lut2d_test::fillRandom(input, seed++);
+            if (input.chroma.empty()) input.chroma.assign(1, 128);
+            const Frame a = process(g, format, record, input, 0xA5);
+            const Frame b = process(g, format, record, input, 0x3C);
+            const std::string d = difference(a, b);
+            EXPECT_TRUE(d.empty()) << describe(g, format) << ": " << d;
+            const uint8_t run[16] = {0xA5, 0xA5, 0xA5, 0xA5, 0xA5, 0xA5, 0xA5, 0xA5,
+                                     0xA5, 0xA5, 0xA5, 0xA5, 0xA5, 0xA5, 0xA5, 0xA5};
+            for (const auto* plane : {&a.luma, &a.chroma}) {
+                EXPECT_EQ(std::search(plane->begin(), plane->end(), run, run + 16), plane->end())
+                    << describe(g, format);
+            }
+            if (HasFailure()) return;
+        }
+    }
+}
+
+}  // namespace

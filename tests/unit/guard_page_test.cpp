@@ -1,0 +1,155 @@
+// Planes placed against inaccessible pages, so that a read or write just past either end of a
+// plane faults at once: a grid of widths, heights, strides and formats in both modes, odd ones
+// included, each frame once with both planes ending at a guard page and once with both
+// starting right after one. Outside the adjusted blocks every byte keeps its value.
+
+#include <gtest/gtest.h>
+#include <sys/mman.h>
+#include <unistd.h>
+
+#include <cstring>
+#include <random>
+#include <string>
+#include <vector>
+
+#include "support/records.h"
+
+#if defined(__SANITIZE_THREAD__)
+#define LUT2D_TEST_SLOW 1
+#elif defined(__has_feature)
+#if __has_feature(thread_sanitizer) || __has_feature(memory_sanitizer)
+#define LUT2D_TEST_SLOW 1
+#endif
+#endif
+
+namespace {
+
+// A plane of `bytes` bytes in a mapping of its own, with an inaccessible page on each side and
+// the plane against one of them. A plane of no bytes points at a guard page.
+class GuardedPlane {
+  public:
+    GuardedPlane(size_t bytes, bool againstEnd) {
+        const size_t page = static_cast<size_t>(sysconf(_SC_PAGESIZE));
+        const size_t dataPages = (bytes + page - 1) / page;
+        size_ = (dataPages + 2) * page;
+        void* m = mmap(nullptr, size_, PROT_NONE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+        if (m == MAP_FAILED) return;
+        base_ = static_cast<uint8_t*>(m);
+        if (dataPages > 0 &&
+            mprotect(base_ + page, dataPages * page, PROT_READ | PROT_WRITE) != 0) {
+            return;
+        }
+        data_ = againstEnd ? base_ + page + dataPages * page - bytes : base_ + page;
+    }
+    ~GuardedPlane() {
+        if (base_ != nullptr) munmap(base_, size_);
+    }
+    GuardedPlane(const GuardedPlane&) = delete;
+    GuardedPlane& operator=(const GuardedPlane&) = delete;
+
+    uint8_t* data() const { return data_; }
+
+  private:
+    uint8_t* base_ = nullptr;
+    uint8_t* data_ = nullptr;
+    size_t size_ = 0;
+};
+
+struct Case {
+    Lut2DMode mode;
+    Lut2DImageInfo info;
+};
+
+std::string describe(const Case& c) {
+    return std::string(c.mode == LUT2D_MODE_CHRUS ? "full " : "low ") +
+           std::to_string(c.info.width) + "x" + std::to_string(c.info.height) + " pitch " +
+           std::to_string(c.info.stride) + " format " + std::to_string(c.info.format);
+}
+
+// Which bytes may change: luma inside the whole 2x2 blocks, chroma pairs of those blocks (none
+// with a format other than 0 or 1). In the low-resolution mode with an odd stride the planes
+// are read and written as if rows were one byte shorter, so nothing is said there.
+void expectOnlyBlocksChanged(const Case& c, const std::vector<uint8_t>& luma,
+                             const std::vector<uint8_t>& chroma, const uint8_t* lumaOut,
+                             const uint8_t* chromaOut) {
+    const Lut2DImageInfo& g = c.info;
+    if (c.mode == LUT2D_MODE_YDS && g.stride % 2 == 1) return;
+    const uint32_t width = g.width & ~1u, height = g.height & ~1u;
+    for (size_t i = 0; i < luma.size(); ++i) {
+        if (i % g.stride < width && i / g.stride < height) continue;
+        ASSERT_EQ(lumaOut[i], luma[i]) << describe(c) << ": luma byte " << i;
+    }
+    for (size_t i = 0; i < chroma.size(); ++i) {
+        if (g.format <= 1 && i % g.stride < width) continue;
+        ASSERT_EQ(chromaOut[i], chroma[i]) << describe(c) << ": chroma byte " << i;
+    }
+}
+
+void runAgainstGuardPages(const Case& c, ISP2DLUTInStruct_V10& record, std::mt19937& rng) {
+    void* handle = nullptr;
+    ASSERT_EQ(InitLut2D(&handle, &record, c.info, c.mode), 0) << describe(c);
+    const size_t lumaBytes = size_t{c.info.stride} * c.info.height;
+    const size_t chromaBytes = size_t{c.info.stride} * (c.info.height / 2);
+    std::vector<uint8_t> luma(lumaBytes), chroma(chromaBytes);
+    for (bool againstEnd : {true, false}) {
+        for (auto& b : luma) b = static_cast<uint8_t>(rng());
+        for (auto& b : chroma) b = static_cast<uint8_t>(rng());
+        GuardedPlane lumaPlane(lumaBytes, againstEnd), chromaPlane(chromaBytes, againstEnd);
+        ASSERT_NE(lumaPlane.data(), nullptr);
+        ASSERT_NE(chromaPlane.data(), nullptr);
+        std::memcpy(lumaPlane.data(), luma.data(), lumaBytes);
+        if (chromaBytes > 0) std::memcpy(chromaPlane.data(), chroma.data(), chromaBytes);
+        Lut2DImageData frame{lumaPlane.data(), chromaPlane.data()};
+        EXPECT_EQ(processLut2d(handle, &frame, 1), 0) << describe(c);
+        expectOnlyBlocksChanged(c, luma, chroma, lumaPlane.data(), chromaPlane.data());
+        if (::testing::Test::HasFailure()) break;
+    }
+    releaseLut2d(handle);
+}
+
+using GuardPagesDeathTest = ::testing::Test;
+
+// The harness itself: a byte just past either end of a plane faults.
+TEST(GuardPagesDeathTest, ByteJustPastEitherEndFaults) {
+    for (bool againstEnd : {true, false}) {
+        GuardedPlane plane(4097, againstEnd);
+        volatile uint8_t* p = plane.data();
+        p[0] = 1;
+        p[4096] = 2;
+        if (againstEnd) {
+            EXPECT_DEATH(p[4097] = 3, "");
+        } else {
+            EXPECT_DEATH(p[-1] = 3, "");
+        }
+    }
+}
+
+TEST(GuardPages, NoPlaneIsReadOrWrittenPastEitherEnd) {
+    ISP2DLUTInStruct_V10 record = lut2d_test::busyRecord(31);
+    std::mt19937 rng(8);
+    const uint32_t widths[] = {1, 2, 3, 4, 5, 7, 8, 16, 17, 33, 66};
+    const uint32_t heights[] = {1, 2, 3, 4, 5, 6, 7, 8, 9, 12, 17};
+    const uint32_t padding[] = {0, 1, 2, 5};
+    int frames = 0, index = 0;
+    for (Lut2DMode mode : {LUT2D_MODE_YDS, LUT2D_MODE_CHRUS}) {
+        for (uint32_t format : {0u, 1u, 2u}) {
+            for (uint32_t w : widths) {
+                for (uint32_t h : heights) {
+                    for (uint32_t pad : padding) {
+#if defined(LUT2D_TEST_SLOW)
+                        if (index++ % 4 != 0) continue;  // a quarter of the grid, spread over it
+#else
+                        (void)index;
+#endif
+                        runAgainstGuardPages({mode, {w, h, w + pad, format}}, record, rng);
+                        if (HasFailure()) return;
+                        frames += 2;
+                    }
+                }
+            }
+        }
+    }
+    RecordProperty("frames", std::to_string(frames));
+}
+
+}  // namespace
