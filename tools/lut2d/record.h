@@ -11,17 +11,19 @@
 #include <vector>
 
 #include "interface/orvix_lut2d.h"
+#include "interface/record_shape.h"
 
 namespace lut2d_tool {
 
 inline constexpr size_t kRecordBytes = sizeof(ISP2DLUTInStruct_V10);
-inline constexpr int kHueNodes = 25;
-inline constexpr int kSatNodes = 16;
-inline constexpr int kHueTurn = 12288;      // hue units in a full turn
-inline constexpr int kSatFull = 2048;       // saturation units at full saturation
-inline constexpr int kHueInvFull = 16384;   // lut_1d_h_inv = 16384 / interval width
-inline constexpr int kSatInvFull = 2048;    // lut_1d_s_inv = 2048 / interval width
-inline constexpr int kLightInvFull = 2048;  // l_boundary_*_inv = 2048 / ramp width
+using lut2d::gridEntry;
+using lut2d::kHueInvFull;
+using lut2d::kHueNodes;
+using lut2d::kHueTurn;
+using lut2d::kLightInvFull;
+using lut2d::kSatFull;
+using lut2d::kSatInvFull;
+using lut2d::kSatNodes;
 
 // One field of the record. Values are 16-bit; `get` and `set` read and write element `i`
 // (0 for a scalar) as a signed or unsigned number, by the field's type.

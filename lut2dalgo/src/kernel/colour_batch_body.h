@@ -159,8 +159,10 @@ LUT2D_FORCE_INLINE V finish(const BatchTables& t, const Stage& o) {
 
     // Weighted offsets (w <= kMaxVectorWeight keeps them in 32 bits), hue wrap, clamp.
     const V hMoved = h + ((dH * o.w + 1024) >> 11);
-    const V hWrapped = (hMoved + ((hMoved < 0) & 12288) + ((hMoved > 12287) & 4096)) & 16383;
-    const V sMoved = vmin(vmax(s + ((dS * o.w + 1024) >> 11), splat(0)), splat(2048));
+    const V hWrapped = (hMoved + ((hMoved < 0) & kHueTurn) +
+                        ((hMoved > kHueTurn - 1) & (kHueWrapMask + 1 - kHueTurn))) &
+                       kHueWrapMask;
+    const V sMoved = vmin(vmax(s + ((dS * o.w + 1024) >> 11), splat(0)), splat(kSatFull));
     const V h2 = lowSat ? h : hWrapped;
     const V s2 = lowSat ? s : sMoved;
 

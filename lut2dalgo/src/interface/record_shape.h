@@ -1,0 +1,57 @@
+// The tuning record's shape and units: the grid of 25 hue nodes by 16 saturation nodes, the
+// units of hue, saturation and lightness, and the fixed-point scale of the reciprocal fields.
+// The library, its DSP context and the tool name the record through these, never through bare
+// numbers; the record's binary layout itself is the public header's.
+#pragma once
+
+#include <cstdint>
+#include <type_traits>
+
+#include "orvix_lut2d.h"
+
+namespace lut2d {
+
+// ---- shape -------------------------------------------------------------------------------
+
+inline constexpr int kHueNodes = 25;
+inline constexpr int kSatNodes = 16;
+// Interval i lies between nodes i and i + 1; the last node starts no interval of its own.
+inline constexpr int kHueIntervals = kHueNodes - 1;
+inline constexpr int kSatIntervals = kSatNodes - 1;
+// lut_2d_h and lut_2d_s: one row of kSatNodes entries per hue node.
+inline constexpr int kGridEntries = kHueNodes * kSatNodes;
+
+// The entry of hue node i and saturation node j in either grid: the saturation runs fastest.
+inline constexpr uint32_t gridEntry(uint32_t hueNode, uint32_t satNode) {
+    return hueNode * kSatNodes + satNode;
+}
+
+static_assert(std::extent_v<decltype(ISP2DLUTInStruct_V10::lut_1d_h)> == kHueNodes);
+static_assert(std::extent_v<decltype(ISP2DLUTInStruct_V10::lut_1d_s)> == kSatNodes);
+static_assert(std::extent_v<decltype(ISP2DLUTInStruct_V10::lut_1d_h_inv)> == kHueIntervals);
+static_assert(std::extent_v<decltype(ISP2DLUTInStruct_V10::lut_1d_s_inv)> == kSatIntervals);
+static_assert(std::extent_v<decltype(ISP2DLUTInStruct_V10::lut_2d_h)> == kGridEntries);
+static_assert(std::extent_v<decltype(ISP2DLUTInStruct_V10::lut_2d_s)> == kGridEntries);
+
+// ---- units -------------------------------------------------------------------------------
+
+// Hue: a full turn (red 0, green 4096, blue 8192; 12288 is red again).
+inline constexpr int kHueTurn = 12288;
+// Saturation: full saturation.
+inline constexpr int kSatFull = 2048;
+// Lightness, the largest plus the smallest of three 10-bit components: 0 .. kLightnessMax.
+// The lightness weight table has an entry for every lightness below kLightnessValues.
+inline constexpr int kLightnessMax = 2046;
+inline constexpr int kLightnessValues = 2048;
+
+// The reciprocal fields hold one whole interval divided by its width: weights with 14
+// fraction bits along hue, 11 along saturation and 11 for lightness, where 2048 applies the
+// offsets in full.
+inline constexpr int kHueWeightBits = 14;
+inline constexpr int kSatWeightBits = 11;
+inline constexpr int kLightWeightBits = 11;
+inline constexpr int kHueInvFull = 1 << kHueWeightBits;      // lut_1d_h_inv = 16384 / width
+inline constexpr int kSatInvFull = 1 << kSatWeightBits;      // lut_1d_s_inv = 2048 / width
+inline constexpr int kLightInvFull = 1 << kLightWeightBits;  // l_boundary_*_inv = 2048 / width
+
+}  // namespace lut2d
