@@ -27,6 +27,21 @@ TEST(IntMath, SignedShiftRule) {
     EXPECT_EQ(lut2d::signedShift(-8, -32768), -8);  // magnitude 32768 -> count 0
 }
 
+// The rounded shift rounds halves up on both sides of zero; the 16-bit difference wraps.
+TEST(IntMath, RoundedShiftAndSixteenBitDifference) {
+    EXPECT_EQ(lut2d::roundShift(3, 1), 2);
+    EXPECT_EQ(lut2d::roundShift(-3, 1), -1);
+    EXPECT_EQ(lut2d::roundShift(-1024, 11), 0);
+    EXPECT_EQ(lut2d::roundShift(-1025, 11), -1);
+    EXPECT_EQ(lut2d::roundShift(8191, 14), 0);
+    EXPECT_EQ(lut2d::roundShift(8192, 14), 1);
+    EXPECT_EQ(lut2d::difference16(70000, 0), 4464);
+    EXPECT_EQ(lut2d::difference16(-32768, 1), 32767);
+    EXPECT_EQ(lut2d::difference16(INT_MIN, INT_MAX), 1);
+    EXPECT_EQ(lut2d::to10Bit(255u), 1020u);
+    EXPECT_EQ(lut2d::to8Bit(1023u), 255u);
+}
+
 using CheckedMathDeathTest = ::testing::Test;
 
 TEST(CheckedMathDeathTest, OverflowsTrap) {
@@ -35,6 +50,8 @@ TEST(CheckedMathDeathTest, OverflowsTrap) {
     EXPECT_DEATH((void)lut2d::checkedAdd<int32_t>(INT_MAX, 1), "");
     EXPECT_DEATH((void)lut2d::checkedSub<uint32_t>(1u, 2u), "");
     EXPECT_DEATH((void)lut2d::checkedCast<int32_t>(0x80000000u), "");
+    EXPECT_EQ(lut2d::checkedRoundShift(INT_MAX - 512, 10), 2097151);
+    EXPECT_DEATH((void)lut2d::checkedRoundShift(INT_MAX - 511, 10), "");
 }
 
 }  // namespace

@@ -7,6 +7,8 @@
 #include <cstddef>
 #include <cstdint>
 
+#include "int_math.h"
+
 namespace lut2d {
 
 [[noreturn]] inline void overflowTrap() {
@@ -35,6 +37,12 @@ inline R checkedSub(A a, B b) {
     R r;
     if (__builtin_sub_overflow(a, b, &r)) overflowTrap();
     return r;
+}
+
+// roundShift(v, n) (int_math.h), trapping when v + 2^(n - 1) does not fit in 32 bits.
+inline int32_t checkedRoundShift(int32_t v, uint32_t n) {
+    (void)checkedAdd<int32_t>(v, roundingHalf(n));
+    return roundShift(v, n);
 }
 
 // The value v converted to R, trapping when it is out of R's range.

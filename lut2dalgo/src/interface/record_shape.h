@@ -35,10 +35,13 @@ static_assert(std::extent_v<decltype(ISP2DLUTInStruct_V10::lut_2d_s)> == kGridEn
 
 // ---- units -------------------------------------------------------------------------------
 
-// Hue: a full turn (red 0, green 4096, blue 8192; 12288 is red again).
-inline constexpr int kHueTurn = 12288;
-// Saturation: full saturation.
-inline constexpr int kSatFull = 2048;
+// Hue: a full turn of six sixths of 2^11 units (red 0, yellow 2048, green 4096, blue 8192;
+// 12288 is red again).
+inline constexpr int kHueSixthBits = 11;
+inline constexpr int kHueTurn = 6 << kHueSixthBits;
+// Saturation: 2^11 units are full saturation.
+inline constexpr int kSatBits = 11;
+inline constexpr int kSatFull = 1 << kSatBits;
 // Lightness, the largest plus the smallest of three 10-bit components: 0 .. kLightnessMax.
 // The lightness weight table has an entry for every lightness below kLightnessValues.
 inline constexpr int kLightnessMax = 2046;

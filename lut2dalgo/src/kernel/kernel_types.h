@@ -29,9 +29,10 @@ static_assert(sizeof(HM_RGB) == 8);
 
 namespace lut2d {
 
-inline constexpr uint32_t kDivTableSize = 1024;                    // divisors 0..1023
-inline constexpr uint32_t kHueIndexEntries = kHueTurn + 1;         // hues 0..12288
-inline constexpr uint32_t kSatIndexEntries = kSatFull + 1;         // saturations 0..2048
+inline constexpr uint32_t kCstBits = 10;                    // fraction bits of CST_params::coef
+inline constexpr uint32_t kDivTableSize = 1024;             // divisors 0..1023
+inline constexpr uint32_t kHueIndexEntries = kHueTurn + 1;  // hues 0..12288
+inline constexpr uint32_t kSatIndexEntries = kSatFull + 1;  // saturations 0..2048
 inline constexpr uint32_t kLightWeightEntries = kLightnessValues;  // lightness 0..2047
 inline constexpr uint32_t kCacheEntries = 50000;                   // HM_RGB entries per cache slice
 inline constexpr uint32_t kCacheModulus = 49999;                   // index = key mod 49999

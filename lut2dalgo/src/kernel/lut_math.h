@@ -40,17 +40,15 @@ struct GridOffsets {
 };
 
 // One step along the hue axis: weight w has 14 fraction bits (0..32767), the difference and
-// the base are taken as signed 16 bits (the difference is formed modulo 2^32).
+// the base are taken as signed 16 bits, so |w x difference| <= 2^30.
 LUT2D_FORCE_INLINE int32_t lerpHueAxis(int32_t w, int32_t a, int32_t b) {
-    const int32_t diff =
-        toInt16(static_cast<int32_t>(static_cast<uint32_t>(b) - static_cast<uint32_t>(a)));
-    return shiftRightArith(w * diff + 8192, 14) + toInt16(a);  // |w * diff| <= 2^30
+    return interpolationStep(w, difference16(b, a), toInt16(a), kHueWeightBits);
 }
 
 // One step along the saturation axis: weight w has 11 fraction bits (0..4095); a and b come
 // from lerpHueAxis, so |a|, |b| < 98304 and the product stays below 2^30.
 LUT2D_FORCE_INLINE int32_t lerpSatAxis(int32_t w, int32_t a, int32_t b) {
-    return a + shiftRightArith(w * (b - a) + 1024, 11);
+    return interpolationStep(w, b - a, a, kSatWeightBits);
 }
 
 // Interpolation weight of hue h in hue interval hi (0..24): (inverse spacing x (h - node),
@@ -156,7 +154,7 @@ LUT2D_FORCE_INLINE uint16_t lightnessWeight(const ISP2DLUTInStruct_V10& cfg, uin
 
 // An offset d scaled by lightness weight w (Q11), rounded.
 LUT2D_FORCE_INLINE int32_t weightOffset(int32_t d, int32_t w) {
-    return shiftRightArith(checkedAdd<int32_t>(checkedMul<int32_t>(d, w), 1024), 11);
+    return checkedRoundShift(checkedMul<int32_t>(d, w), kLightWeightBits);
 }
 
 // ---- applying the offsets ----------------------------------------------------------------
