@@ -9,6 +9,7 @@ namespace {
 
 std::mutex g_mutex;
 std::vector<lut2d_test::LogLine> g_lines;
+bool g_echo = false;
 
 }  // namespace
 
@@ -24,11 +25,17 @@ extern "C" __attribute__((visibility("default"), format(printf, 3, 4))) int __an
     std::vsnprintf(text.data(), text.size() + 1, fmt, ap2);
     va_end(ap2);
     std::lock_guard<std::mutex> lock(g_mutex);
+    if (g_echo) std::fputs(text.c_str(), stderr);
     g_lines.push_back({prio, tag != nullptr ? tag : "", std::move(text)});
     return n;
 }
 
 namespace lut2d_test {
+
+void echoLogToStderr() {
+    std::lock_guard<std::mutex> lock(g_mutex);
+    g_echo = true;
+}
 
 void clearLog() {
     std::lock_guard<std::mutex> lock(g_mutex);

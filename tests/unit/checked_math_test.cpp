@@ -6,6 +6,7 @@
 
 #include "common/checked_math.h"
 #include "common/int_math.h"
+#include "support/log_capture.h"
 
 namespace {
 
@@ -44,14 +45,27 @@ TEST(IntMath, RoundedShiftAndSixteenBitDifference) {
 
 using CheckedMathDeathTest = ::testing::Test;
 
-TEST(CheckedMathDeathTest, OverflowsTrap) {
+// Every overflow stops with one error line that names the values, the type they did not fit
+// and the place of the call.
+TEST(CheckedMathDeathTest, OverflowsStopWithALineNamingWhatAndWhere) {
     EXPECT_EQ((lut2d::checkedMul<uint32_t>(65536u, 65535u)), 4294901760u);
-    EXPECT_DEATH((void)lut2d::checkedMul<uint32_t>(65536u, 65536u), "");
-    EXPECT_DEATH((void)lut2d::checkedAdd<int32_t>(INT_MAX, 1), "");
-    EXPECT_DEATH((void)lut2d::checkedSub<uint32_t>(1u, 2u), "");
-    EXPECT_DEATH((void)lut2d::checkedCast<int32_t>(0x80000000u), "");
     EXPECT_EQ(lut2d::checkedRoundShift(INT_MAX - 512, 10), 2097151);
-    EXPECT_DEATH((void)lut2d::checkedRoundShift(INT_MAX - 511, 10), "");
+    const std::string at = ", in TestBody at tests/unit/checked_math_test.cpp:";
+    LUT2D_EXPECT_STOP((void)lut2d::checkedMul<uint32_t>(65536u, 65536u),
+                      "fatal: 65536 \\* 65536 does not fit in uint32" + at);
+    LUT2D_EXPECT_STOP((void)lut2d::checkedAdd<int32_t>(INT_MAX, 1),
+                      "fatal: 2147483647 \\+ 1 does not fit in int32" + at);
+    LUT2D_EXPECT_STOP((void)lut2d::checkedSub<uint32_t>(1u, 2u),
+                      "fatal: 1 - 2 does not fit in uint32" + at);
+    LUT2D_EXPECT_STOP((void)lut2d::checkedCast<int32_t>(0x80000000u),
+                      "fatal: 2147483648 does not fit in int32" + at);
+    LUT2D_EXPECT_STOP((void)lut2d::checkedCast<uint64_t>(INT64_MIN),
+                      "fatal: -9223372036854775808 does not fit in uint64" + at);
+    LUT2D_EXPECT_STOP((void)lut2d::checkedRoundShift(INT_MAX - 511, 10),
+                      "fatal: 2147483136 \\+ 512 does not fit in int32" + at);
+    LUT2D_EXPECT_STOP(
+        lut2d::fatal("a state to stop at"),
+        "fatal: a state to stop at, in TestBody at tests/unit/checked_math_test.cpp:");
 }
 
 }  // namespace

@@ -185,7 +185,9 @@ TEST(DspStubDeathTest, NegativeSequenceCountStopsTheProcess) {
     sw2dlut_dsp_scratch scratch{};
     uint8_t frame[4] = {};
     uint64_t time = 0;
-    EXPECT_DEATH(sw2dlut_dsp_execute(0, &config, &scratch, frame, 4, frame, 4, &time), "");
+    LUT2D_EXPECT_STOP(sw2dlut_dsp_execute(0, &config, &scratch, frame, 4, frame, 4, &time),
+                      "fatal: -1 does not fit in uint32, in wireLength at "
+                      "lut2dalgo/src/dsp/sw2dlut_dsp_stub.cpp:");
 }
 
 }  // namespace

@@ -104,11 +104,14 @@ using PlaneCopyDeathTest = ::testing::Test;
 
 TEST(PlaneCopyDeathTest, OversizedPlanesAndSingleByteRowsStopTheProcess) {
     CopyThreadArgs huge{65536, 65536, 65536, nullptr, nullptr, nullptr, nullptr};
-    EXPECT_DEATH(copyInputData_MT(&huge), "");
-    EXPECT_DEATH(copyOutputData_MT(&huge), "");
+    const std::string at = " at lut2dalgo/src/engine/plane_copy.cpp:";
+    const std::string hugeLine = "fatal: 65536 \\* 65536 does not fit in uint32, in bandRoom" + at;
+    LUT2D_EXPECT_STOP(copyInputData_MT(&huge), hugeLine);
+    LUT2D_EXPECT_STOP(copyOutputData_MT(&huge), hugeLine);
     uint8_t plane[8] = {};
     CopyThreadArgs singleByteRows{1, 2, 4, plane, plane, plane, plane};
-    EXPECT_DEATH(copyInputData_MT(&singleByteRows), "");
+    LUT2D_EXPECT_STOP(copyInputData_MT(&singleByteRows),
+                      "fatal: 1 - 2 does not fit in uint32, in packRow" + at);
 }
 
 }  // namespace

@@ -6,6 +6,7 @@
 #include <cstring>
 
 #include "../common/checked_math.h"
+#include "../common/fatal.h"
 #include "../common/int_math.h"
 #include "plane_rows.h"
 
@@ -97,7 +98,9 @@ uint8_t interleaved8(uint16_t v) {
 // Sample indices are signed 32-bit: the last luma index must stay below 2^31 and the last
 // chroma byte index (2 * pairs - 1) at or below 2^31 - 1.
 void checkSampleCounts(uint32_t lumaCount, uint32_t chromaPairs) {
-    if (lumaCount > 0x80000000u || chromaPairs > 0x40000000u) lut2d::overflowTrap();
+    if (lumaCount > 0x80000000u || chromaPairs > 0x40000000u) {
+        lut2d::fatal("more samples than signed 32-bit indices reach");
+    }
 }
 
 }  // namespace
