@@ -9,6 +9,7 @@
 
 #include <cstddef>
 #include <cstring>
+#include <initializer_list>
 #include <type_traits>
 #include <utility>
 
