@@ -4,24 +4,6 @@
 
 namespace lut2d_test {
 
-ISP2DLUTInStruct_V10 neutralRecord() {
-    ISP2DLUTInStruct_V10 r{};
-    r.enable = 1;
-    for (int i = 0; i < 25; ++i) r.lut_1d_h[i] = static_cast<uint16_t>(i * 512);
-    for (int i = 0; i < 24; ++i) r.lut_1d_h_inv[i] = 16384 / 512;
-    for (int j = 0; j < 16; ++j) r.lut_1d_s[j] = static_cast<uint16_t>(j * 2048 / 15);
-    for (int j = 0; j < 15; ++j) {
-        r.lut_1d_s_inv[j] = static_cast<uint16_t>(2048 / (r.lut_1d_s[j + 1] - r.lut_1d_s[j]));
-    }
-    r.l_boundary_start_A = 40;
-    r.l_boundary_start_B = 200;
-    r.l_boundary_end_A = 1800;
-    r.l_boundary_end_B = 2000;
-    r.l_boundary_start_inv = 2048 / 160;
-    r.l_boundary_end_inv = 2048 / 200;
-    return r;
-}
-
 ISP2DLUTInStruct_V10 uniformRecord(int16_t hueOffset, int16_t satOffset) {
     ISP2DLUTInStruct_V10 r = neutralRecord();
     for (auto& v : r.lut_2d_h) v = hueOffset;

@@ -5,13 +5,11 @@
 #include <vector>
 
 #include "interface/orvix_lut2d.h"
+#include "interface/record_shape.h"
 
 namespace lut2d_test {
 
-// A valid, enabled record with every offset 0: hue nodes every 512 units (0 .. 12288),
-// saturation nodes j * 2048 / 15, lightness ramps 40 -> 200 and 1800 -> 2000, all
-// reciprocals matching the spacing (truncated).
-ISP2DLUTInStruct_V10 neutralRecord();
+using lut2d::neutralRecord;
 
 // The same record with every hue and saturation offset set to the given values.
 ISP2DLUTInStruct_V10 uniformRecord(int16_t hueOffset, int16_t satOffset);

@@ -64,7 +64,7 @@ TEST_F(DspEngine, FullHdFrameIsMarshalledFromSharedMemory) {
         int32_t tableCounts[6];
         uint16_t values[8];
         int32_t scratchCounts[4], inLength, outLength;
-    } want{1080, 2048, 1, 0, {25, 16, 400, 400, 24, 15}, {1, 2, 40, 200, 1800, 2000, 12, 10},
+    } want{1080, 2048, 1, 0, {25, 16, 400, 400, 24, 15}, {1, 2, 0, 128, 1918, 2046, 16, 16},
            {1105920, 1105920, 552960, 1105920}, 3317760, 3317760};
     // clang-format on
     static_assert(sizeof want == 72);

@@ -145,23 +145,6 @@ std::string elementName(const FieldInfo& f, size_t i) {
     return std::string(f.name) + "[" + std::to_string(i) + "]";
 }
 
-int32_t spacingReciprocal(int32_t full, int32_t width) {
-    return width > 0 ? full / width : 0;
-}
-
-ISP2DLUTInStruct_V10 neutralRecord() {
-    ISP2DLUTInStruct_V10 r{};
-    r.enable = 1;
-    for (int i = 0; i < kHueNodes; ++i) {
-        r.lut_1d_h[i] = static_cast<uint16_t>(i * kHueTurn / (kHueNodes - 1));
-    }
-    for (int j = 0; j < kSatNodes; ++j) {
-        r.lut_1d_s[j] = static_cast<uint16_t>(j * kSatFull / (kSatNodes - 1));
-    }
-    setLightnessRamps(r, 0, 128, 1918, 2046);
-    return r;
-}
-
 void setLightnessRamps(ISP2DLUTInStruct_V10& r, uint16_t startA, uint16_t startB, uint16_t endA,
                        uint16_t endB) {
     r.l_boundary_start_A = startA;

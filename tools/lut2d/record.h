@@ -24,6 +24,8 @@ using lut2d::kLightInvFull;
 using lut2d::kSatFull;
 using lut2d::kSatInvFull;
 using lut2d::kSatNodes;
+using lut2d::neutralRecord;
+using lut2d::spacingReciprocal;
 
 // One field of the record. Values are 16-bit; `get` and `set` read and write element `i`
 // (0 for a scalar) as a signed or unsigned number, by the field's type.
@@ -50,15 +52,6 @@ const FieldInfo& recordField(std::string_view name);
 
 // How problems name an element: "h_shift", "lut_1d_h[3]", "lut_2d_h[2][5] (entry 37)".
 std::string elementName(const FieldInfo& f, size_t i);
-
-// Integer reciprocal of a node spacing or lightness ramp: full / width, truncated.
-// Truncation never lets an interpolation weight exceed one whole interval.
-int32_t spacingReciprocal(int32_t full, int32_t width);
-
-// An enabled record that changes nothing: hue nodes every 512 units (15 degrees),
-// saturation nodes j * 2048 / 15, every offset 0, lightness ramps 0 -> 128 and
-// 1918 -> 2046, reciprocals derived.
-ISP2DLUTInStruct_V10 neutralRecord();
 
 // Sets the four lightness boundaries (in lightness units, 0..2046) and derives all
 // reciprocals.

@@ -57,4 +57,42 @@ inline constexpr int kHueInvFull = 1 << kHueWeightBits;      // lut_1d_h_inv = 1
 inline constexpr int kSatInvFull = 1 << kSatWeightBits;      // lut_1d_s_inv = 2048 / width
 inline constexpr int kLightInvFull = 1 << kLightWeightBits;  // l_boundary_*_inv = 2048 / width
 
+// A reciprocal field's value for a node spacing or a ramp of `width`: full / width, truncated,
+// so that a weight never exceeds one whole interval; 0 for a width that is not positive.
+inline constexpr int32_t spacingReciprocal(int32_t full, int32_t width) {
+    return width > 0 ? full / width : 0;
+}
+
+// The record that changes nothing: enabled, hue nodes every 512 units (15 degrees), saturation
+// nodes j * 2048 / 15, every offset 0, no shifts, lightness ramps 0 -> 128 and 1918 -> 2046,
+// every reciprocal matching its spacing. The tool starts its records from it, and the tests
+// and benchmarks their tunings.
+inline constexpr ISP2DLUTInStruct_V10 neutralRecord() {
+    ISP2DLUTInStruct_V10 r{};
+    r.enable = 1;
+    for (int i = 0; i < kHueNodes; ++i) {
+        r.lut_1d_h[i] = static_cast<uint16_t>(i * kHueTurn / kHueIntervals);
+    }
+    for (int j = 0; j < kSatNodes; ++j) {
+        r.lut_1d_s[j] = static_cast<uint16_t>(j * kSatFull / kSatIntervals);
+    }
+    for (int i = 0; i < kHueIntervals; ++i) {
+        r.lut_1d_h_inv[i] = static_cast<uint16_t>(
+            spacingReciprocal(kHueInvFull, r.lut_1d_h[i + 1] - r.lut_1d_h[i]));
+    }
+    for (int j = 0; j < kSatIntervals; ++j) {
+        r.lut_1d_s_inv[j] = static_cast<uint16_t>(
+            spacingReciprocal(kSatInvFull, r.lut_1d_s[j + 1] - r.lut_1d_s[j]));
+    }
+    r.l_boundary_start_A = 0;
+    r.l_boundary_start_B = 128;
+    r.l_boundary_end_A = 1918;
+    r.l_boundary_end_B = kLightnessMax;
+    r.l_boundary_start_inv = static_cast<uint16_t>(
+        spacingReciprocal(kLightInvFull, r.l_boundary_start_B - r.l_boundary_start_A));
+    r.l_boundary_end_inv = static_cast<uint16_t>(
+        spacingReciprocal(kLightInvFull, r.l_boundary_end_B - r.l_boundary_end_A));
+    return r;
+}
+
 }  // namespace lut2d
