@@ -172,13 +172,6 @@ void deriveReciprocals(ISP2DLUTInStruct_V10& r) {
         fit("l_boundary_end_inv", kLightInvFull, r.l_boundary_end_B - r.l_boundary_end_A));
 }
 
-int32_t lightnessWeight(const ISP2DLUTInStruct_V10& r, int32_t l) {
-    if (l <= r.l_boundary_start_A || l >= r.l_boundary_end_B) return 0;
-    if (l < r.l_boundary_start_B) return (l - r.l_boundary_start_A) * r.l_boundary_start_inv;
-    if (l > r.l_boundary_end_A) return (r.l_boundary_end_B - l) * r.l_boundary_end_inv;
-    return kLightInvFull;
-}
-
 std::vector<std::string> recordProblems(const ISP2DLUTInStruct_V10& r) {
     std::vector<std::string> problems;
     for (const FieldInfo& f : recordFields()) {

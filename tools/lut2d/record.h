@@ -10,6 +10,7 @@
 #include <string_view>
 #include <vector>
 
+#include "common/int_math.h"
 #include "interface/orvix_lut2d.h"
 #include "interface/record_shape.h"
 
@@ -26,6 +27,12 @@ using lut2d::kSatInvFull;
 using lut2d::kSatNodes;
 using lut2d::neutralRecord;
 using lut2d::spacingReciprocal;
+
+// The hue or saturation units one step of lut_2d_h or lut_2d_s stands for at a shift field's
+// value: 1 shifted by it under the library's signed shift rule (2^shift for a valid record).
+inline int32_t gridStep(uint16_t shift) {
+    return lut2d::signedShift(1, shift);
+}
 
 // One field of the record. Values are 16-bit; `get` and `set` read and write element `i`
 // (0 for a scalar) as a signed or unsigned number, by the field's type.
@@ -62,13 +69,6 @@ void setLightnessRamps(ISP2DLUTInStruct_V10& r, uint16_t startA, uint16_t startB
 // lightness boundaries. A spacing that is not positive gives 0; one too narrow for its
 // reciprocal to fit gives the largest accepted value (recordProblems reports both).
 void deriveReciprocals(ISP2DLUTInStruct_V10& r);
-
-// The share of the hue and saturation offsets applied at lightness `l` (0..2046), in
-// 2048ths, as the four lightness boundaries and their reciprocals describe it: 0 at or below
-// l_boundary_start_A, rising by l_boundary_start_inv per step to full (2048) from
-// l_boundary_start_B, full up to l_boundary_end_A, falling by l_boundary_end_inv per step to
-// 0 at l_boundary_end_B. For plotting a usable record.
-int32_t lightnessWeight(const ISP2DLUTInStruct_V10& r, int32_t l);
 
 // Every way the record breaks a field's range or an invariant the library relies on, one
 // line each naming the field and index: nodes strictly increasing, hue nodes from 0 to
