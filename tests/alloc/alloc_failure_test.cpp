@@ -15,7 +15,7 @@
 #include "dsp/sw2dlut_context.h"
 #include "dsp_runtime_control.h"
 #include "interface/orvix_lut2d.h"
-#include "support/records.h"
+#include "support/fixtures.h"
 
 extern "C" void* __libc_malloc(size_t);
 extern "C" void __libc_free(void*);

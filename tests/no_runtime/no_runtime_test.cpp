@@ -12,8 +12,8 @@
 #include "dsp/sw2dlut_dsp.h"
 #include "engine/sw_2dlut_v10.h"
 #include "support/debug_log_capture.h"
+#include "support/fixtures.h"
 #include "support/log_capture.h"
-#include "support/records.h"
 
 namespace {
 

@@ -9,8 +9,8 @@
 #include <random>
 
 #include "dsp_runtime_control.h"
+#include "support/fixtures.h"
 #include "support/log_capture.h"
-#include "support/records.h"
 
 namespace lut2d_test {
 

@@ -14,7 +14,7 @@
 #include "engine/band_rows.h"
 #include "engine/band_rows_body.h"
 #include "kernel/kernel_inline.h"
-#include "support/records.h"
+#include "support/fixtures.h"
 
 namespace {
 
@@ -22,24 +22,9 @@ using lut2d::CacheWalk;
 using lut2d::kChunkKeys;
 using lut2d::kUnitKeys;
 using lut2d_test::Frame;
+using lut2d_test::pick;
 
-#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
-constexpr int kScale = 4;
-#elif defined(__has_feature)
-#if __has_feature(address_sanitizer) || __has_feature(thread_sanitizer)
-constexpr int kScale = 4;
-#else
-constexpr int kScale = 1;
-#endif
-#else
-constexpr int kScale = 1;
-#endif
-
-constexpr size_t kSliceEntries = 50000;
-
-int pick(std::mt19937& rng, int lo, int hi) {
-    return std::uniform_int_distribution<int>(lo, hi)(rng);
-}
+constexpr int kScale = lut2d_test::kSlowdown > 1 ? 4 : 1;
 
 std::vector<lut2d::RowKernelsPath> vectorPaths() {
     lut2d::RowKernelsPath all[8];
@@ -60,22 +45,16 @@ lut2d::RowKernels scalarRows() {
 // An engine on a busy record, and the colour kernel's tables of it.
 struct Tables {
     ISP2DLUTInStruct_V10 record = lut2d_test::busyRecord(9);
-    void* handle = nullptr;
+    lut2d_test::SetUpEngine engine{&record};
     std::unique_ptr<lut2d::BatchTables> batch = std::make_unique<lut2d::BatchTables>();
-    Tables() {
-        EXPECT_EQ(InitLut2D(&handle, &record, {64, 64, 64, 0}, LUT2D_MODE_CHRUS), 0);
-        prepare();
-    }
-    ~Tables() { releaseLut2d(handle); }
-    void prepare() {
-        lut2d::prepareBatchTables(*batch, lut2d::kernelTables(*static_cast<SW_2DLut_v10*>(handle)));
-    }
+    Tables() { prepare(); }
+    void prepare() { lut2d::prepareBatchTables(*batch, lut2d::kernelTables(engine.e)); }
 };
 
 // A cache slice as the work area starts (no entry matches a key), with some entries made to
 // match keys of the coming chunks and some stored results that look like claims.
 std::vector<HM_RGB> makeSlice(std::mt19937& rng, const std::vector<uint32_t>& upcoming) {
-    std::vector<HM_RGB> slice(kSliceEntries, HM_RGB{0xFFFFFFFFu, 0xFFFFFFFFu});
+    std::vector<HM_RGB> slice(lut2d::kCacheEntries, HM_RGB{0xFFFFFFFFu, 0xFFFFFFFFu});
     for (int n = 0; n < 200 && !upcoming.empty(); ++n) {
         const uint32_t key = upcoming[static_cast<size_t>(pick(rng, 0, int(upcoming.size()) - 1))];
         const uint32_t result = n % 3 == 0

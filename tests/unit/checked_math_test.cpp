@@ -28,19 +28,26 @@ TEST(IntMath, SignedShiftRule) {
     EXPECT_EQ(lut2d::signedShift(-8, -32768), -8);  // magnitude 32768 -> count 0
 }
 
-// The rounded shift rounds halves up on both sides of zero; the 16-bit difference wraps.
-TEST(IntMath, RoundedShiftAndSixteenBitDifference) {
+// Halves round up, on both sides of zero.
+TEST(IntMath, RoundedShiftRoundsToTheNearest) {
     EXPECT_EQ(lut2d::roundShift(3, 1), 2);
     EXPECT_EQ(lut2d::roundShift(-3, 1), -1);
     EXPECT_EQ(lut2d::roundShift(-1024, 11), 0);
     EXPECT_EQ(lut2d::roundShift(-1025, 11), -1);
     EXPECT_EQ(lut2d::roundShift(8191, 14), 0);
     EXPECT_EQ(lut2d::roundShift(8192, 14), 1);
+}
+
+TEST(IntMath, SixteenBitDifferenceWraps) {
     EXPECT_EQ(lut2d::difference16(70000, 0), 4464);
     EXPECT_EQ(lut2d::difference16(-32768, 1), 32767);
     EXPECT_EQ(lut2d::difference16(INT_MIN, INT_MAX), 1);
+}
+
+TEST(IntMath, TenBitSamplesAreFourTimesTheEightBitOnes) {
     EXPECT_EQ(lut2d::to10Bit(255u), 1020u);
     EXPECT_EQ(lut2d::to8Bit(1023u), 255u);
+    EXPECT_EQ(lut2d::to8Bit(1020u), 255u);
 }
 
 using CheckedMathDeathTest = ::testing::Test;

@@ -15,17 +15,7 @@ namespace {
 
 using kmodel::Rec;
 
-#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
-constexpr uint32_t kSweepStep = 61;  // sanitizer builds sample the sweep
-#elif defined(__has_feature)
-#if __has_feature(address_sanitizer) || __has_feature(thread_sanitizer)
-constexpr uint32_t kSweepStep = 61;
-#else
-constexpr uint32_t kSweepStep = 1;
-#endif
-#else
-constexpr uint32_t kSweepStep = 1;
-#endif
+constexpr uint32_t kSweepStep = lut2d_test::kSlowdown > 1 ? 61 : 1;  // sanitizers sample it
 
 std::vector<lut2d::AdjustColoursPath> vectorPaths() {
     lut2d::AdjustColoursPath all[8];
@@ -54,7 +44,7 @@ std::vector<NamedRecord> records() {
     const Rec random = kmodel::randomRecord(rng);
     out.push_back({"random", random, random});
 
-    Rec extreme = lut2d_test::neutralRecord();
+    Rec extreme = lut2d::neutralRecord();
     for (int i = 0; i < 400; ++i) {
         extreme.lut_2d_h[i] = static_cast<int16_t>(i % 3 == 0 ? 511 : -511);
         extreme.lut_2d_s[i] = static_cast<int16_t>(i % 5 < 2 ? -511 : 511);
@@ -82,7 +72,7 @@ std::vector<NamedRecord> records() {
 // of that state.
 struct Prepared {
     Rec rec;
-    kmodel::Engine engine;
+    lut2d_test::SetUpEngine engine;
     std::unique_ptr<lut2d::BatchTables> tables = std::make_unique<lut2d::BatchTables>();
     explicit Prepared(const NamedRecord& r) : rec(r.rec), engine(&rec) {
         rec = r.moved;

@@ -8,27 +8,16 @@
 #include <tuple>
 
 #include "engine/sw_2dlut_v10.h"
+#include "support/fixtures.h"
 #include "support/gaussian_expand.h"
 #include "support/log_capture.h"
-#include "support/records.h"
 
 namespace {
 
 using lut2d_test::busyRecord;
 using lut2d_test::fillRandom;
 using lut2d_test::Frame;
-
-struct Handle {
-    void* h = nullptr;
-    Handle(ISP2DLUTInStruct_V10* rec, const Lut2DImageInfo& info, Lut2DMode mode) {
-        EXPECT_EQ(InitLut2D(&h, rec, info, mode), 0);
-    }
-    ~Handle() { releaseLut2d(h); }
-    int process(Frame& f) {
-        Lut2DImageData d = f.data();
-        return processLut2d(h, &d, 0);
-    }
-};
+using lut2d_test::Handle;
 
 TEST(FrameEngine, OddSizesStayInsideThePlanes) {
     // Exact-size planes: any read or write past them is caught by the address sanitizer.

@@ -5,11 +5,12 @@
 #include <chrono>
 #include <string>
 #include <thread>
+#include <tuple>
 
 #include "engine/sw_2dlut_v10.h"
 #include "interface/orvix_lut2d.h"
+#include "support/fixtures.h"
 #include "support/log_capture.h"
-#include "support/records.h"
 
 namespace {
 
@@ -37,6 +38,7 @@ class HandleTest : public ::testing::Test {
         return processLut2d(handle, &d, flags);
     }
     SW_2DLut_v10* engine() { return static_cast<SW_2DLut_v10*>(handle); }
+    void expectUntouchedFrame();
     int64_t abortMillis() {
         clearLog();
         const auto start = std::chrono::steady_clock::now();
@@ -116,21 +118,28 @@ TEST_F(HandleTest, ProcessRefusalsInCheckOrder) {
     EXPECT_EQ(lines[6], error("processLut2d: 90: Image config passed is NULL \n"));
 }
 
-TEST_F(HandleTest, DisabledRecordOrUnknownModeLeavesTheFrameAndSetsDone) {
-    for (Lut2DMode mode : {LUT2D_MODE_YDS, static_cast<Lut2DMode>(7)}) {
-        rec = lut2d_test::uniformRecord(300, 300);
-        ASSERT_EQ(init({16, 16, 16, 0}, mode), 0);
-        rec.enable = mode == LUT2D_MODE_YDS ? 0 : 1;
-        for (size_t i = 0; i < frame.luma.size(); ++i) frame.luma[i] = static_cast<uint8_t>(i * 7);
-        const auto before = frame.luma;
-        clearLog();
-        EXPECT_EQ(process(1), 0);
-        EXPECT_EQ(frame.luma, before);
-        EXPECT_EQ(engine()->m_done, 1);
-        EXPECT_TRUE(logLines().empty());
-        releaseLut2d(handle);
-        handle = nullptr;
-    }
+// A frame that succeeds without touching anything: 0, no line, the done flag set.
+void HandleTest::expectUntouchedFrame() {
+    lut2d_test::fillRandom(frame, 16);
+    const lut2d_test::Frame before = frame;
+    clearLog();
+    EXPECT_EQ(process(1), 0);
+    EXPECT_EQ(std::tie(frame.luma, frame.chroma), std::tie(before.luma, before.chroma));
+    EXPECT_EQ(engine()->m_done, 1);
+    EXPECT_TRUE(logLines().empty());
+}
+
+TEST_F(HandleTest, DisabledRecordLeavesTheFrame) {
+    rec = lut2d_test::uniformRecord(300, 300);
+    ASSERT_EQ(init({16, 16, 16, 0}), 0);
+    rec.enable = 0;
+    expectUntouchedFrame();
+}
+
+TEST_F(HandleTest, UnknownModeLeavesTheFrame) {
+    rec = lut2d_test::uniformRecord(300, 300);
+    ASSERT_EQ(init({16, 16, 16, 0}, static_cast<Lut2DMode>(7)), 0);
+    expectUntouchedFrame();
 }
 
 TEST_F(HandleTest, UpdateFlagRebuildsIndexTables) {
@@ -143,11 +152,15 @@ TEST_F(HandleTest, UpdateFlagRebuildsIndexTables) {
     EXPECT_EQ(engine()->m_hueIndex[600], 0);
 }
 
-TEST_F(HandleTest, AbortWaitsForTheDoneFlag) {
+// No frame finishes: the abort gives up after about 500 ms.
+TEST_F(HandleTest, AbortTimesOutWithoutAFinishingFrame) {
     ASSERT_EQ(init({16, 16, 16, 0}), 0);
-    EXPECT_GE(abortMillis(), 450);  // no frame finishes: time-out after about 500 ms
+    EXPECT_GE(abortMillis(), 450);
     EXPECT_EQ(logLines(), Lines{error("Abort returned successfully due to timedout \n")});
+}
 
+TEST_F(HandleTest, AbortReturnsOnceTheFrameIsDone) {
+    ASSERT_EQ(init({16, 16, 16, 0}), 0);
     std::thread finisher([&] {
         std::this_thread::sleep_for(std::chrono::milliseconds(20));
         engine()->m_done = 1;
@@ -155,10 +168,16 @@ TEST_F(HandleTest, AbortWaitsForTheDoneFlag) {
     EXPECT_LT(abortMillis(), 400);
     finisher.join();
     EXPECT_EQ(logLines(), Lines{error("Abort returned successfully from 2dLUT algo \n")});
+}
 
+// The abort flag stays set until the next frame clears it; after a finished frame an abort
+// returns at once.
+TEST_F(HandleTest, NextFrameClearsTheAbortFlag) {
+    ASSERT_EQ(init({16, 16, 16, 0}), 0);
+    engine()->m_abort = 1;
     ASSERT_EQ(process(), 0);
-    EXPECT_EQ(engine()->m_abort, 0);  // left set by the abort, cleared by the next frame
-    EXPECT_LT(abortMillis(), 250);    // a finished frame: at once
+    EXPECT_EQ(engine()->m_abort, 0);
+    EXPECT_LT(abortMillis(), 250);
     EXPECT_EQ(engine()->m_abort, 1);
 }
 

@@ -1,19 +1,20 @@
-// A plain reference model of the colour kernel's arithmetic, written from its description
-// in 64-bit integers, and random tuning records for comparing the library against it.
+// The colour kernel's arithmetic stated plainly, in 64-bit integers and from the rules rather
+// than from the code's way of computing them, and random tuning records that pass validation.
 #pragma once
+
+#include <gtest/gtest.h>
 
 #include <algorithm>
 #include <cstdint>
-#include <random>
 #include <tuple>
 #include <vector>
 
-#include "engine/sw_2dlut_v10.h"
-#include "support/records.h"
+#include "support/fixtures.h"
 
 namespace kmodel {
 
 using Rec = ISP2DLUTInStruct_V10;
+using lut2d_test::pick;
 
 // Three values: Y U V, G B R, R G B, H S L, or hue offset, saturation offset, neutral flag.
 struct V3 {
@@ -25,11 +26,7 @@ inline int i16(int64_t v) {
     return static_cast<int16_t>(v);
 }
 
-inline int pick(std::mt19937& rng, int lo, int hi) {
-    return std::uniform_int_distribution<int>(lo, hi)(rng);
-}
-
-// The 3x3 transform of a record (the engine's two records are checked where it is set up).
+// The 3x3 transform of a record: offsets in, Q10 matrix, rounded, offset out, clamped.
 inline V3 cst(const CST_params& p, int a, int b, int c) {
     const int64_t d[3] = {a - p.inOffset[0], b - p.inOffset[1], c - p.inOffset[2]};
     auto out = [&](int k) {
@@ -52,22 +49,24 @@ inline int denom(int l) {
     return l < 1024 ? l : 2046 - l;
 }
 
-inline V3 rgbToHsl(int r, int g, int b) {  // returns H, S, L
-    int hi = g, lo = r, sign = -1, sector = 1;
-    if (r >= g) hi = r, lo = g, sign = 1, sector = 0;
-    int mx = hi, mid = lo, mn = b;
-    if (hi < b) {
-        mx = b, mid = hi, mn = lo, sector = 2;
-    } else if (lo < b) {
-        mid = b, mn = lo, sector = r >= g ? 3 : 1, sign = -sign;
-    }
+// The hexcone hue, with the channels taken round the circle red, green, blue: the largest
+// names the third (red over green on a tie, blue only when strictly largest), and the hue
+// lies towards the next third when the channel after the largest is the larger of the other
+// two, towards the previous one otherwise, by Q(mid - min, max - min). Returns H, S, L.
+inline V3 rgbToHsl(int r, int g, int b) {
+    const int c[3] = {r, g, b};
+    const int top = b > std::max(r, g) ? 2 : (r >= g ? 0 : 1);
+    const int next = c[(top + 1) % 3], prev = c[(top + 2) % 3];
+    const int mx = c[top], mid = std::max(next, prev), mn = std::min(next, prev);
     const int l = mx + mn, ch = mx - mn;
     if (ch == 0) return {0, 0, l};
-    return {sign * q(mid - mn, ch) + sector * 4096, q(ch, denom(l)), l};
+    const int step = q(mid - mn, ch);
+    const int h = top * 4096 + (next > prev ? step : -step);
+    return {h < 0 ? h + 12288 : h, q(ch, denom(l)), l};
 }
 
-// Sextant k = 0, 1, 2 has R, G, B largest; k = 3 is red again.
-inline V3 hslToRgb(int h, int s, int l) {  // returns R, G, B
+// Sextant k = 0, 1, 2 has R, G, B largest; k = 3 is red again. Returns R, G, B.
+inline V3 hslToRgb(int h, int s, int l) {
     const int ch = static_cast<int>((int64_t{denom(l)} * s + 1024) >> 11);
     const int k = (h + 2048) >> 12, f = h - k * 4096;
     int c[3] = {0, 0, 0};
@@ -108,6 +107,12 @@ inline int weight(const Rec& c, int l) {
     return 2048;
 }
 
+// One turn added to a hue below the range or taken from one past it, then the low 14 bits
+// kept: right within one turn outside the range, 12288 or more beyond that.
+inline int wrapHue(int h) {
+    return (h < 0 ? h + 12288 : (h >= 12288 ? h - 12288 : h)) & 16383;
+}
+
 // colorAdjust: hue and saturation moved, wrapped and clamped, or zeros and the neutral flag.
 inline V3 colorAdjust(const Rec& c, int h, int s, int l) {
     if (s < c.lut_1d_s[0]) return {h, s, 0};
@@ -116,9 +121,9 @@ inline V3 colorAdjust(const Rec& c, int h, int s, int l) {
     const int si = std::upper_bound(c.lut_1d_s + 1, c.lut_1d_s + 16, s) - c.lut_1d_s - 1;
     const V3 d = bilinear(c, h, s, hi, si);
     if (d.c) return d;
-    const int w = weight(c, l), nh = h + ((d.a * w + 1024) >> 11);
-    const int wrapped = (nh + (nh < 0 ? 12288 : nh >= 12288 ? 4096 : 0)) & 16383;
-    return {wrapped, std::clamp(s + ((d.b * w + 1024) >> 11), 0, 2048), 0};
+    const int w = weight(c, l);
+    return {wrapHue(h + ((d.a * w + 1024) >> 11)),
+            std::clamp(s + ((d.b * w + 1024) >> 11), 0, 2048), 0};
 }
 
 // process on one in-range 10-bit colour; a neutral cell keeps the colour's own RGB.
@@ -142,7 +147,7 @@ inline void setLightness(Rec& r, int sa, int sb, int ea, int eb, int over = 0) {
 // of the hue and saturation ranges), reciprocals at or just above the spacing, grid values
 // with neutral 4 x 4 blocks, random shifts and lightness ramps.
 inline Rec randomRecord(std::mt19937& rng) {
-    Rec r = lut2d_test::neutralRecord();
+    Rec r = lut2d::neutralRecord();
     // n nodes from first to last (at least two apart) and their reciprocals of `one`; first
     // is sometimes above 0 and last sometimes below `end`.
     auto nodes = [&](uint16_t* x, uint16_t* inv, int n, int end, int one, int firstMax) {
@@ -171,15 +176,5 @@ inline Rec randomRecord(std::mt19937& rng) {
     setLightness(r, b[0], b[1] + 1, b[2] + 1, b[3] + 2, pick(rng, 0, 2));
     return r;
 }
-
-// An engine set up on a record, released at the end of the scope.
-struct Engine {
-    SW_2DLut_v10 e;
-    explicit Engine(Rec* rec) { e.InitLut2D(rec, LUT2D_MODE_CHRUS, {64, 32, 64, 0}); }
-    ~Engine() { e.DenitLut2D(); }
-    HM_RGB* cache(int band = 0) {
-        return reinterpret_cast<HM_RGB*>(e.m_workArea) + band * lut2d::kCacheEntries;
-    }
-};
 
 }  // namespace kmodel

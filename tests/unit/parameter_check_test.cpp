@@ -6,8 +6,8 @@
 #include <string>
 
 #include "engine/sw_2dlut_v10.h"
+#include "support/fixtures.h"
 #include "support/log_capture.h"
-#include "support/records.h"
 
 namespace {
 
@@ -24,8 +24,8 @@ int check(const ISP2DLUTInStruct_V10& r) {
     return SW_2DLut_v10().parameterCheck(&r);
 }
 
-TEST(ParameterCheck, AcceptsInclusiveBoundsAndUncheckedInvariantsSilently) {
-    ISP2DLUTInStruct_V10 r = lut2d_test::neutralRecord();
+TEST(ParameterCheck, AcceptsInclusiveBoundsSilently) {
+    ISP2DLUTInStruct_V10 r = lut2d::neutralRecord();
     r.lut_1d_h[24] = 12288;
     r.lut_1d_s[15] = 2048;
     r.y_blend_factor_integer = 16;
@@ -35,12 +35,18 @@ TEST(ParameterCheck, AcceptsInclusiveBoundsAndUncheckedInvariantsSilently) {
     r.lut_2d_s[0] = -511;
     r.lut_1d_h_inv[0] = 16383;
     r.lut_1d_s_inv[0] = 2047;
-    r.lut_1d_h[5] = 100;  // nodes out of order, reciprocal off, boundaries reversed
+    EXPECT_EQ(check(r), 0);
+    EXPECT_TRUE(logTexts().empty());
+}
+
+// Nodes out of order, a reciprocal that does not match, boundaries reversed.
+TEST(ParameterCheck, DoesNotCheckTheInvariants) {
+    ISP2DLUTInStruct_V10 r = lut2d::neutralRecord();
+    r.lut_1d_h[5] = 100;
     r.lut_1d_s_inv[3] = 7;
     r.l_boundary_start_A = 1900;
     r.l_boundary_end_B = 10;
     EXPECT_EQ(check(r), 0);
-    EXPECT_TRUE(logTexts().empty());
 }
 
 TEST(ParameterCheck, DisabledRecordIsNotExamined) {
@@ -54,50 +60,48 @@ TEST(ParameterCheck, DisabledRecordIsNotExamined) {
     EXPECT_EQ(logTexts(), std::vector<std::string>{rangeLine("cfg->enable", 2, 0, 1)});
 }
 
+// Array lines name the array without an index; unsigned fields print unsigned.
 TEST(ParameterCheck, EveryFailingValueWritesItsOwnLineInOrder) {
-    ISP2DLUTInStruct_V10 r = lut2d_test::neutralRecord();
-    r.h_shift = 0xFFFF;  // unsigned fields print unsigned
-    r.s_shift = 4;
-    r.l_boundary_start_A = 2048;
-    r.l_boundary_start_B = 2049;
-    r.l_boundary_end_A = 2050;
-    r.l_boundary_end_B = 2051;
-    r.y_blend_factor_integer = 17;
-    r.K_b_integer = 256;
-    r.K_r_integer = 257;
-    r.l_boundary_start_inv = 2052;
-    r.l_boundary_end_inv = 2053;
-    r.lut_1d_h[24] = 12289;
-    r.lut_1d_s[15] = 2049;
-    r.lut_2d_h[0] = 512;
-    r.lut_2d_h[300] = -512;  // array lines name the array without an index
-    r.lut_2d_s[399] = -600;
-    r.lut_1d_h_inv[23] = 16384;
-    r.lut_1d_s_inv[0] = 2048;
+    ISP2DLUTInStruct_V10 r = lut2d::neutralRecord();
+    auto bits = [](auto& field) { return reinterpret_cast<uint16_t*>(&field); };
+    const struct {
+        const char* name;
+        uint16_t* field;
+        int value, min, max;
+    } failing[] = {
+        {"cfg->h_shift", &r.h_shift, 65535, 0, 5},
+        {"cfg->s_shift", &r.s_shift, 4, 0, 3},
+        {"cfg->l_boundary_start_A", &r.l_boundary_start_A, 2048, 0, 2047},
+        {"cfg->l_boundary_start_B", &r.l_boundary_start_B, 2049, 0, 2047},
+        {"cfg->l_boundary_end_A", &r.l_boundary_end_A, 2050, 0, 2047},
+        {"cfg->l_boundary_end_B", &r.l_boundary_end_B, 2051, 0, 2047},
+        {"cfg->y_blend_factor_integer", &r.y_blend_factor_integer, 17, 0, 16},
+        {"cfg->K_b_integer", &r.K_b_integer, 256, 0, 255},
+        {"cfg->K_r_integer", &r.K_r_integer, 257, 0, 255},
+        {"cfg->l_boundary_start_inv", &r.l_boundary_start_inv, 2052, 0, 2047},
+        {"cfg->l_boundary_end_inv", &r.l_boundary_end_inv, 2053, 0, 2047},
+        {"lut_1d_h", &r.lut_1d_h[24], 12289, 0, 12288},
+        {"lut_1d_s", &r.lut_1d_s[15], 2049, 0, 2048},
+        {"lut_2d_h", bits(r.lut_2d_h[0]), 512, -511, 511},
+        {"lut_2d_h", bits(r.lut_2d_h[300]), -512, -511, 511},
+        {"lut_2d_s", bits(r.lut_2d_s[399]), -600, -511, 511},
+        {"lut_1d_h_inv", &r.lut_1d_h_inv[23], 16384, 0, 16383},
+        {"lut_1d_s_inv", &r.lut_1d_s_inv[0], 2048, 0, 2047},
+    };
+    std::vector<std::string> lines;
+    for (const auto& f : failing) {
+        *f.field = static_cast<uint16_t>(f.value);
+        lines.push_back(rangeLine(f.name, f.value, f.min, f.max));
+    }
     EXPECT_EQ(check(r), 2);
-    EXPECT_EQ(logTexts(), (std::vector<std::string>{
-                              rangeLine("cfg->h_shift", 65535, 0, 5),
-                              rangeLine("cfg->s_shift", 4, 0, 3),
-                              rangeLine("cfg->l_boundary_start_A", 2048, 0, 2047),
-                              rangeLine("cfg->l_boundary_start_B", 2049, 0, 2047),
-                              rangeLine("cfg->l_boundary_end_A", 2050, 0, 2047),
-                              rangeLine("cfg->l_boundary_end_B", 2051, 0, 2047),
-                              rangeLine("cfg->y_blend_factor_integer", 17, 0, 16),
-                              rangeLine("cfg->K_b_integer", 256, 0, 255),
-                              rangeLine("cfg->K_r_integer", 257, 0, 255),
-                              rangeLine("cfg->l_boundary_start_inv", 2052, 0, 2047),
-                              rangeLine("cfg->l_boundary_end_inv", 2053, 0, 2047),
-                              rangeLine("lut_1d_h", 12289, 0, 12288),
-                              rangeLine("lut_1d_s", 2049, 0, 2048),
-                              rangeLine("lut_2d_h", 512, -511, 511),
-                              rangeLine("lut_2d_h", -512, -511, 511),
-                              rangeLine("lut_2d_s", -600, -511, 511),
-                              rangeLine("lut_1d_h_inv", 16384, 0, 16383),
-                              rangeLine("lut_1d_s_inv", 2048, 0, 2047),
-                          }));
+    EXPECT_EQ(logTexts(), lines);
+}
+
+TEST(ParameterCheck, EachFailingArrayElementWritesALine) {
+    ISP2DLUTInStruct_V10 r = lut2d::neutralRecord();
     for (auto& v : r.lut_2d_s) v = 600;
     EXPECT_EQ(check(r), 2);
-    EXPECT_EQ(logTexts().size(), 17u + 400u);
+    EXPECT_EQ(logTexts(), std::vector<std::string>(400, rangeLine("lut_2d_s", 600, -511, 511)));
 }
 
 }  // namespace

@@ -1,0 +1,90 @@
+// What the tests share: tuning records, frames with their own storage, an engine set up on a
+// record and a library handle (each released at the end of its scope), and how much smaller
+// the random and exhaustive sweeps are under the sanitizers.
+#pragma once
+
+#include <cstdint>
+#include <random>
+#include <vector>
+
+#include "engine/sw_2dlut_v10.h"
+#include "interface/record_shape.h"
+
+namespace lut2d_test {
+
+using lut2d::neutralRecord;
+
+// The neutral record with every hue and saturation offset set to the given values.
+ISP2DLUTInStruct_V10 uniformRecord(int16_t hueOffset, int16_t satOffset);
+
+// The neutral record with random offsets (-300..300) everywhere and shifts 2 and 1: every
+// hue and saturation moves, by varying amounts.
+ISP2DLUTInStruct_V10 busyRecord(uint32_t seed);
+
+inline int pick(std::mt19937& rng, int lo, int hi) {
+    return std::uniform_int_distribution<int>(lo, hi)(rng);
+}
+
+// How many times slower a sanitizer build runs the kernels (the thread sanitizer about ten).
+#if defined(__SANITIZE_THREAD__)
+inline constexpr int kSlowdown = 8;
+#elif defined(__SANITIZE_ADDRESS__)
+inline constexpr int kSlowdown = 2;
+#elif defined(__has_feature)
+#if __has_feature(thread_sanitizer)
+inline constexpr int kSlowdown = 8;
+#elif __has_feature(address_sanitizer)
+inline constexpr int kSlowdown = 2;
+#else
+inline constexpr int kSlowdown = 1;
+#endif
+#else
+inline constexpr int kSlowdown = 1;
+#endif
+
+// An 8-bit semi-planar frame with its own storage; a chroma plane without rows still has one
+// byte, so that its pointer is not null.
+struct Frame {
+    Lut2DImageInfo info{};
+    std::vector<uint8_t> luma;
+    std::vector<uint8_t> chroma;
+
+    Frame(uint32_t width, uint32_t height, uint32_t stride, uint32_t format = 0);
+    explicit Frame(const Lut2DImageInfo& i) : Frame(i.width, i.height, i.stride, i.format) {}
+    Lut2DImageData data() { return {luma.data(), chroma.data()}; }
+};
+
+// Every byte of both planes, row padding included, random.
+void fillRandom(Frame& frame, uint32_t seed);
+
+// An engine object set up on a record as InitLut2D sets one up, released at the end.
+struct SetUpEngine {
+    SW_2DLut_v10 e;
+
+    explicit SetUpEngine(ISP2DLUTInStruct_V10* record, Lut2DMode mode = LUT2D_MODE_CHRUS,
+                         Lut2DImageInfo info = {64, 32, 64, 0});
+    ~SetUpEngine() { e.DenitLut2D(); }
+    SetUpEngine(const SetUpEngine&) = delete;
+    SetUpEngine& operator=(const SetUpEngine&) = delete;
+    SW_2DLut_v10* operator->() { return &e; }
+    HM_RGB* slice(int band = 0);  // band i's result cache
+};
+
+// A handle made by InitLut2D, released at the end.
+class Handle {
+  public:
+    Handle(ISP2DLUTInStruct_V10* record, const Lut2DImageInfo& info, Lut2DMode mode);
+    ~Handle() { releaseLut2d(handle_); }
+    Handle(const Handle&) = delete;
+    Handle& operator=(const Handle&) = delete;
+
+    void* get() const { return handle_; }
+    SW_2DLut_v10& engine() const { return *static_cast<SW_2DLut_v10*>(handle_); }
+    HM_RGB* slice(int band) const;
+    int process(Frame& frame, unsigned flags = 0) const;
+
+  private:
+    void* handle_ = nullptr;
+};
+
+}  // namespace lut2d_test
