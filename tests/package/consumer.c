@@ -8,16 +8,13 @@
 enum { kWidth = 64, kHeight = 32 };
 
 /* Even hue and saturation nodes, every hue turned by 200 and saturation raised by 100,
- * at every lightness but the extremes. */
+ * at every lightness but the extremes. The offsets are uniform, so the reciprocals can stay
+ * 0 (no interpolation between nodes). */
 static void tuning(ISP2DLUTInStruct_V10* r) {
     memset(r, 0, sizeof *r);
     r->enable = 1;
     for (int i = 0; i < 25; ++i) r->lut_1d_h[i] = (uint16_t)(i * 512);
-    for (int i = 0; i < 24; ++i) r->lut_1d_h_inv[i] = 16384 / 512;
     for (int j = 0; j < 16; ++j) r->lut_1d_s[j] = (uint16_t)(j * 2048 / 15);
-    for (int j = 0; j < 15; ++j) {
-        r->lut_1d_s_inv[j] = (uint16_t)(2048 / (r->lut_1d_s[j + 1] - r->lut_1d_s[j]));
-    }
     for (int k = 0; k < 400; ++k) {
         r->lut_2d_h[k] = 200;
         r->lut_2d_s[k] = 100;
@@ -25,8 +22,6 @@ static void tuning(ISP2DLUTInStruct_V10* r) {
     r->l_boundary_start_B = 128;
     r->l_boundary_end_A = 1918;
     r->l_boundary_end_B = 2046;
-    r->l_boundary_start_inv = 2048 / 128;
-    r->l_boundary_end_inv = 2048 / 128;
 }
 
 int main(void) {

@@ -17,22 +17,16 @@ int main() {
     }
     const std::vector<uint8_t> before = luma;
 
-    // Even nodes; every hue turned by 300 at every lightness but the extremes.
+    // Even nodes; every hue turned by 300 at every lightness but the extremes. The offsets are
+    // uniform, so the reciprocals can stay 0 (no interpolation between nodes).
     ISP2DLUTInStruct_V10 record{};
     record.enable = 1;
     for (int i = 0; i < 25; ++i) record.lut_1d_h[i] = static_cast<uint16_t>(i * 512);
-    for (auto& inv : record.lut_1d_h_inv) inv = 16384 / 512;
     for (int j = 0; j < 16; ++j) record.lut_1d_s[j] = static_cast<uint16_t>(j * 2048 / 15);
-    for (int j = 0; j < 15; ++j) {
-        record.lut_1d_s_inv[j] =
-            static_cast<uint16_t>(2048 / (record.lut_1d_s[j + 1] - record.lut_1d_s[j]));
-    }
     for (auto& h : record.lut_2d_h) h = 300;
     record.l_boundary_start_B = 128;
     record.l_boundary_end_A = 1918;
     record.l_boundary_end_B = 2046;
-    record.l_boundary_start_inv = 2048 / 128;
-    record.l_boundary_end_inv = 2048 / 128;
 
     void* handle = nullptr;
     int status = InitLut2D(&handle, &record, {kWidth, kHeight, kWidth, 0}, LUT2D_MODE_YDS);

@@ -1,9 +1,9 @@
 #include "log_capture.h"
 
-#include <algorithm>
 #include <cstdarg>
 #include <cstdio>
 #include <mutex>
+#include <regex>
 
 namespace {
 
@@ -54,23 +54,9 @@ std::vector<std::string> logTexts() {
 }
 
 std::vector<LogLine> logWithoutTimes() {
+    static const std::regex time("[0-9]+ us");
     std::vector<LogLine> lines = logLines();
-    for (LogLine& l : lines) {
-        const std::string& t = l.text;
-        std::string masked;
-        for (size_t i = 0; i < t.size();) {
-            size_t end = i;
-            while (end < t.size() && t[end] >= '0' && t[end] <= '9') ++end;
-            if (end > i && t.compare(end, 3, " us") == 0) {
-                masked += '#';
-            } else {
-                end = std::max(end, i + 1);
-                masked.append(t, i, end - i);
-            }
-            i = end;
-        }
-        l.text = std::move(masked);
-    }
+    for (LogLine& l : lines) l.text = std::regex_replace(l.text, time, "# us");
     return lines;
 }
 

@@ -14,7 +14,6 @@
 #include <thread>
 
 #include "support/fixtures.h"
-#include "support/log_capture.h"
 #include "support/reference_engine.h"
 
 namespace {
@@ -252,38 +251,6 @@ TEST(EngineEquivalence, StoredResultLookingLikeALaterClaimStaysStored) {
 }
 
 // ---- aborts ---------------------------------------------------------------------------------
-
-// A stop found at the frame driver's start: status 6, frame and caches as they were, and the
-// next frame as if the stopped one had never been.
-TEST(EngineEquivalence, AbortBeforeTheBandsLeavesFrameAndCachesAlone) {
-    for (Lut2DMode mode : {LUT2D_MODE_YDS, LUT2D_MODE_CHRUS}) {
-        SCOPED_TRACE(mode == LUT2D_MODE_CHRUS ? "full" : "low");
-        std::mt19937 rng(5);
-        const Lut2DImageInfo info{62, 30, 67, 1};
-        ISP2DLUTInStruct_V10 rec = lut2d_test::busyRecord(3);
-        Handle h(&rec, info, mode);
-        ReferenceEngine ref(&rec, mode, info);
-        Frame input(info);
-        fillContent(input, Content::kPatches, rng);
-        for (int n = 0; n < 3; ++n) {
-            applyEdit(rec, Edit::kGrid, rng);
-            Frame actual = input, expected = input;
-            if (n == 1) {
-                lut2d_test::clearLog();
-                h.engine().m_abort = 1;
-                Lut2DImageData d = actual.data();
-                EXPECT_EQ(h.engine().run2dlut_fx(&d), 6);
-                EXPECT_EQ(
-                    lut2d_test::logTexts(),
-                    std::vector<std::string>{"Aborting Execution at start of run2dlut_fx \n"});
-            } else {
-                EXPECT_EQ(h.process(actual, 1), ref.run(expected, 1));
-            }
-            expectSameFrame(actual, expected);
-            expectSameCaches(h, ref);
-        }
-    }
-}
 
 // Aborts from another thread while frames run, the record edited between frames. A frame
 // either completes, is stopped before its bands start (frame and caches untouched), or is

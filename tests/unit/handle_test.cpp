@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <chrono>
 #include <string>
 #include <thread>
@@ -38,7 +39,6 @@ class HandleTest : public ::testing::Test {
         return processLut2d(handle, &d, flags);
     }
     SW_2DLut_v10* engine() { return static_cast<SW_2DLut_v10*>(handle); }
-    void expectUntouchedFrame();
     int64_t abortMillis() {
         clearLog();
         const auto start = std::chrono::steady_clock::now();
@@ -118,8 +118,10 @@ TEST_F(HandleTest, ProcessRefusalsInCheckOrder) {
     EXPECT_EQ(lines[6], error("processLut2d: 90: Image config passed is NULL \n"));
 }
 
-// A frame that succeeds without touching anything: 0, no line, the done flag set.
-void HandleTest::expectUntouchedFrame() {
+// Success without a line, the frame untouched and the done flag set.
+TEST_F(HandleTest, UnknownModeLeavesTheFrame) {
+    rec = lut2d_test::uniformRecord(300, 300);
+    ASSERT_EQ(init({16, 16, 16, 0}, static_cast<Lut2DMode>(7)), 0);
     lut2d_test::fillRandom(frame, 16);
     const lut2d_test::Frame before = frame;
     clearLog();
@@ -129,27 +131,21 @@ void HandleTest::expectUntouchedFrame() {
     EXPECT_TRUE(logLines().empty());
 }
 
-TEST_F(HandleTest, DisabledRecordLeavesTheFrame) {
-    rec = lut2d_test::uniformRecord(300, 300);
+// A stop found at the frame driver's start: the frame and the caches as they were.
+TEST_F(HandleTest, AbortBeforeTheBandsLeavesFrameAndCaches) {
+    rec = lut2d_test::busyRecord(3);
     ASSERT_EQ(init({16, 16, 16, 0}), 0);
-    rec.enable = 0;
-    expectUntouchedFrame();
-}
-
-TEST_F(HandleTest, UnknownModeLeavesTheFrame) {
-    rec = lut2d_test::uniformRecord(300, 300);
-    ASSERT_EQ(init({16, 16, 16, 0}, static_cast<Lut2DMode>(7)), 0);
-    expectUntouchedFrame();
-}
-
-TEST_F(HandleTest, UpdateFlagRebuildsIndexTables) {
-    ASSERT_EQ(init({16, 16, 16, 0}), 0);
-    EXPECT_EQ(engine()->m_hueIndex[600], 1);
-    rec.lut_1d_h[1] = 700;  // hue 600 now lies in interval 0
-    EXPECT_EQ(process(2), 0);
-    EXPECT_EQ(engine()->m_hueIndex[600], 1);
-    EXPECT_EQ(process(3), 0);
-    EXPECT_EQ(engine()->m_hueIndex[600], 0);
+    lut2d_test::fillRandom(frame, 5);
+    const lut2d_test::Frame before = frame;
+    const uint8_t* caches = engine()->m_workArea;
+    const std::vector<uint8_t> cachesBefore(caches, caches + lut2d::kWorkAreaBytes);
+    clearLog();
+    engine()->m_abort = 1;
+    Lut2DImageData d = frame.data();
+    EXPECT_EQ(engine()->run2dlut_fx(&d), 6);
+    EXPECT_EQ(logLines(), Lines{error("Aborting Execution at start of run2dlut_fx \n")});
+    EXPECT_EQ(std::tie(frame.luma, frame.chroma), std::tie(before.luma, before.chroma));
+    EXPECT_TRUE(std::equal(cachesBefore.begin(), cachesBefore.end(), caches));
 }
 
 // No frame finishes: the abort gives up after about 500 ms.

@@ -85,30 +85,20 @@ TEST_F(Colour, TransformsGiveTheDocumentedExamples) {
     }
 }
 
-TEST_F(Colour, GreysKeepTheirLumaAndNeutralChroma) {
-    for (int x = 0; x < 1024; ++x) {
-        ASSERT_EQ(gbrToYuv({x, x, x}), (V3{x, 512, 512})) << x;
-        ASSERT_EQ(yuvToGbr({x, 512, 512}), (V3{x, x, x})) << x;
-    }
-}
-
-TEST_F(Colour, GreysHaveNoHueOrSaturation) {
-    for (int x = 0; x < 1024; ++x) {
-        ASSERT_EQ(hsl({x, x, x}), (V3{0, 0, 2 * x})) << x;
-        ASSERT_EQ(rgb({0, 0, 2 * x}), (V3{x, x, x})) << x;
-    }
-}
-
+// Every grey among the colours: no hue, no saturation, lightness twice the value.
 TEST_F(Colour, RgbToHslIsTheHexconeModel) {
     for (int i = 0; i < 300000; ++i) {
-        const V3 c = random();
+        const V3 c = i < 1024 ? V3{i, i, i} : random();
         ASSERT_EQ(hsl(c), kmodel::rgbToHsl(c.a, c.b, c.c)) << c.a << "," << c.b << "," << c.c;
     }
 }
 
+// Hues up to one turn above the range too, as the masked hue wrap can produce; no saturation
+// (a grey) at every lightness.
 TEST_F(Colour, HslToRgbIsTheHexconeModel) {
     for (int i = 0; i < 300000; ++i) {
-        const V3 c{pick(rng, 0, 12287), pick(rng, 0, 2048), pick(rng, 0, 2046)};
+        const V3 c = i < 2047 ? V3{0, 0, i}
+                              : V3{pick(rng, 0, 16383), pick(rng, 0, 2048), pick(rng, 0, 2046)};
         ASSERT_EQ(rgb(c), kmodel::hslToRgb(c.a, c.b, c.c)) << c.a << "," << c.b << "," << c.c;
     }
 }
@@ -120,14 +110,6 @@ TEST_F(Colour, HslRoundTripIsExact) {
     }
 }
 
-// As the masked hue wrap can produce (k = 4).
-TEST_F(Colour, HueOneTurnAboveTheRangeIsTheSameColour) {
-    for (int i = 0; i < 100000; ++i) {
-        const V3 c{pick(rng, 0, 12287), pick(rng, 0, 2048), pick(rng, 0, 2046)};
-        ASSERT_EQ(rgb({c.a + 12288, c.b, c.c}), rgb(c)) << c.a << "," << c.b << "," << c.c;
-    }
-}
-
 // Arguments no caller passes: the divisor is clamped into the tables, channels into 0..1023.
 TEST_F(Colour, ArgumentsOutsideTheRangesStayInsideTheTables) {
     for (int i = 0; i < 100000; ++i) {
@@ -136,12 +118,6 @@ TEST_F(Colour, ArgumentsOutsideTheRangesStayInsideTheTables) {
         const V3 o = rgb({pick(rng, 0, 12287) * 8 - 50000, pick(rng, 0, 2048), 4 * c.c});
         ASSERT_TRUE(std::min({o.a, o.b, o.c}) >= 0 && std::max({o.a, o.b, o.c}) <= 1023) << i;
     }
-}
-
-TEST_F(Colour, RgbToHslGivesTheDocumentedExamples) {
-    EXPECT_EQ(hsl({100, 50, 25}), (V3{683, 1229, 125}));
-    EXPECT_EQ(hsl({1000, 990, 995}), (V3{11264, 366, 1990}));
-    EXPECT_EQ(hsl({700, 700, 100}), (V3{2048, 1536, 800}));  // red and green tied
 }
 
 }  // namespace
