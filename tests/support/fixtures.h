@@ -26,18 +26,14 @@ inline int pick(std::mt19937& rng, int lo, int hi) {
 }
 
 // How many times slower a sanitizer build runs the kernels (the thread sanitizer about ten).
-#if defined(__SANITIZE_THREAD__)
-inline constexpr int kSlowdown = 8;
-#elif defined(__SANITIZE_ADDRESS__)
-inline constexpr int kSlowdown = 2;
-#elif defined(__has_feature)
-#if __has_feature(thread_sanitizer)
-inline constexpr int kSlowdown = 8;
-#elif __has_feature(address_sanitizer)
-inline constexpr int kSlowdown = 2;
-#else
-inline constexpr int kSlowdown = 1;
+// GCC names the sanitizers with macros of its own; clang answers __has_feature.
+#ifndef __has_feature
+#define __has_feature(feature) 0
 #endif
+#if defined(__SANITIZE_THREAD__) || __has_feature(thread_sanitizer)
+inline constexpr int kSlowdown = 8;
+#elif defined(__SANITIZE_ADDRESS__) || __has_feature(address_sanitizer)
+inline constexpr int kSlowdown = 2;
 #else
 inline constexpr int kSlowdown = 1;
 #endif

@@ -5,7 +5,6 @@
 #include <vips/vips8>
 
 #include <algorithm>
-#include <random>
 
 #include "chart.h"
 #include "image_io.h"
@@ -75,37 +74,6 @@ TEST(Apply, SequenceIsProcessedFrameByFrameWithOneHandle) {
         << r.out;
     EXPECT_EQ(readText(dir / "out.nv12"), expected);
     EXPECT_GT(loadPicture(dir / "first.png").width, 640u);
-}
-
-// y4m holds I420 frames: the clip's range tag goes through raw NV21 frames and back, given with
-// --range; a clip without the tag is read as full range, with a note.
-TEST(Apply, Y4mClipComesBackByteForByteThroughRawFrames) {
-    ScratchDir dir;
-    ISP2DLUTInStruct_V10 off = neutralRecord();
-    off.enable = 0;
-    writeRecordFile(dir / "off.bin", off);
-    std::string clip =
-        "YUV4MPEG2 W64 H48 F25:1 Ip A1:1 C420jpeg XYSCSS=420JPEG XCOLORRANGE=LIMITED\n";
-    std::mt19937 rng(11);
-    for (int k = 0; k < 2; ++k) {
-        clip += "FRAME\n";
-        for (int i = 0; i < 4608; ++i) clip += static_cast<char>(16 + rng() % 220);
-    }
-    writeText(dir / "in.y4m", clip);
-    ASSERT_EQ(dir.run("apply in.y4m mid.nv21 -r off.bin").exitCode, 0);
-    ASSERT_EQ(dir.run("apply mid.nv21 back.y4m -r off.bin --size 64x48 --range limited").exitCode,
-              0);
-    EXPECT_TRUE(readText(dir / "back.y4m") == clip);
-    std::string untagged = clip;
-    writeText(dir / "untagged.y4m", untagged.erase(untagged.find(" XCOLORRANGE=LIMITED"), 20));
-    EXPECT_EQ(
-        dir.run("apply untagged.y4m u.y4m -r off.bin")
-            .err.rfind(
-                "lut2d: note: untagged.y4m carries no XCOLORRANGE tag: read as full range (most "
-                "video is limited range: give --range limited)\n",
-                0),
-        0u);
-    EXPECT_TRUE(readText(dir / "u.y4m") == untagged);
 }
 
 TEST(Apply, LimitedRangeFramesAreExpandedForTheLibraryAndCompressedBack) {

@@ -126,15 +126,7 @@ TEST(Pictures, AreRefusedOnTheirHeaderBeforeDecodingAndOnAnyDecoderWarning) {
     std::vector<uint8_t> corrupt = jpeg;
     corrupt[jpeg.size() / 2] = 0xFF;  // a marker in the middle of the scan
     corrupt[jpeg.size() / 2 + 1] = 0xD3;
-    std::vector<uint8_t> noScan = jpeg;
-    for (size_t i = 0; i + 1 < noScan.size(); ++i) {
-        if (noScan[i] == 0xFF && noScan[i + 1] == 0xDA) {  // start of scan: cut, then end
-            noScan.resize(i);
-            noScan.insert(noScan.end(), {0xFF, 0xD9});
-            break;
-        }
-    }
-    for (const auto* bad : {&truncated, &corrupt, &noScan}) {
+    for (const auto* bad : {&truncated, &corrupt}) {
         const std::string message = refusal(*bad);
         EXPECT_EQ(message.rfind("x: not a readable picture: ", 0), 0u) << message;
         EXPECT_EQ(message.find('\n'), std::string::npos) << message;

@@ -52,12 +52,9 @@ TEST_F(DspEngine, FullHdFrameIsMarshalledFromSharedMemory) {
     const host::Call c = host::calls().back();
     EXPECT_EQ(c.lengths, (std::vector<uint64_t>{72, 50, 32, 800, 800, 48, 30, 3317760, 8, 2211840,
                                                 2211840, 1105920, 2211840, 3317760}));
-    const uint16_t* scratch = d.ctx().scratch_buf;
-    EXPECT_EQ(c.buffers, (std::vector<const void*>{
-                             c.buffers[0], e.m_cfg->lut_1d_h, e.m_cfg->lut_1d_s, e.m_cfg->lut_2d_h,
-                             e.m_cfg->lut_2d_s, e.m_cfg->lut_1d_h_inv, e.m_cfg->lut_1d_s_inv,
-                             d.ctx().in_buf, c.buffers[8], scratch, scratch + 1105920, scratch,
-                             scratch + 552960, d.ctx().out_buf}));
+    const uint16_t* scratch = d.ctx().scratch_buf;  // two halves, then a quarter and the rest
+    EXPECT_EQ((std::vector{c.buffers[9], c.buffers[10], c.buffers[11], c.buffers[12]}),
+              (std::vector<const void*>{scratch, scratch + 1105920, scratch, scratch + 552960}));
     // clang-format off
     struct Wire {  // the primary input, little-endian
         uint16_t height, stride, mode, zero;
@@ -113,19 +110,19 @@ TEST_F(DspEngine, ResultEqualsTheCpuEngineOnTheSharedFrame) {
             }
         }
     }
-    DspFrame narrow(&rec, LUT2D_MODE_CHRUS, 6, 2);  // a row is followed by its last two bytes
-    narrow.frame.luma = {1, 2, 3, 4, 10, 20, 5, 6, 7, 8, 9, 11};
-    ASSERT_EQ(narrow.engine.run_dsp(&narrow.data), 0);
-    EXPECT_EQ(Bytes(narrow.ctx().in_buf, narrow.ctx().in_buf + 9),
-              (Bytes{1, 2, 3, 4, 10, 20, 10, 20, 0}));
+}
 
-    rec.enable = 0;  // a disabled record: no remote call, the frame untouched
-    EXPECT_EQ(narrow.engine.UpdateCfg_dsp(&rec), 0);
-    const Frame before = narrow.frame;
+// A disabled record in the shared copy: no remote call, the frame untouched.
+TEST_F(DspEngine, DisabledRecordMakesNoRemoteCall) {
+    auto rec = uniformRecord(300, 200);
+    DspFrame d(&rec, LUT2D_MODE_CHRUS, 6, 2);
+    rec.enable = 0;
+    EXPECT_EQ(d.engine.UpdateCfg_dsp(&rec), 0);
+    const Frame before = d.frame;
     host::reset();
-    EXPECT_EQ(narrow.engine.run_dsp(&narrow.data), 0);
+    EXPECT_EQ(d.engine.run_dsp(&d.data), 0);
     EXPECT_EQ(methodsCalled(), Methods{});
-    EXPECT_EQ(narrow.frame.luma, before.luma);
+    EXPECT_EQ(d.frame.luma, before.luma);
 }
 
 // An engine's whole DSP life with one failure in it: the statuses of set-up, frame and

@@ -37,15 +37,6 @@ void expectIntervals(const uint16_t* table, uint32_t entries, const uint16_t* no
     }
 }
 
-// All nodes equal (an invariant broken): each value advances one interval at the most.
-TEST(EngineSetup, IndexTablesAdvanceOneIntervalPerValue) {
-    auto flat = lut2d::neutralRecord();
-    std::memset(flat.lut_1d_h, 0, sizeof flat.lut_1d_h);
-    SetUpEngine g(&flat);
-    for (uint32_t x = 0; x < 25; ++x) EXPECT_EQ(g->m_hueIndex[x], std::min(x + 1, 24u)) << x;
-    EXPECT_EQ(g->m_hueIndex[12288], 24);
-}
-
 // 0 outside start A .. end B, 2048 on the plateau, the ramps modulo 4096.
 int expectedWeight(int l, int startA, int startB, int endA, int endB, int startInv, int endInv) {
     if (l <= startA || l >= endB) return 0;

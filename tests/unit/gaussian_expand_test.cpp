@@ -83,14 +83,6 @@ TEST(GaussianExpand, MatchesTheReferencePackedAndStrided) {
     }
 }
 
-TEST(GaussianExpand, EmptyPlaneWritesNothing) {
-    std::vector<uint8_t> dst(64, kUntouched);
-    const uint8_t one = 9;
-    EXPECT_EQ(tslScaleUpBy2Gaussian5x5u8(&one, 0, 5, dst.data()), 0);
-    EXPECT_EQ(tslScaleUpBy2Gaussian5x5u8_v2(&one, 5, 0, 5, dst.data(), 10), 0);
-    EXPECT_EQ(dst, std::vector<uint8_t>(64, kUntouched));
-}
-
 // The row-range forms, the one this machine picks and the eight-lane one (what machines without
 // wider vectors run), on any partition of the output rows written band by band in any order:
 // the whole-plane bytes, and for the fused forms the luma as a whole-plane upscale then add

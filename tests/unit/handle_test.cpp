@@ -118,19 +118,6 @@ TEST_F(HandleTest, ProcessRefusalsInCheckOrder) {
     EXPECT_EQ(lines[6], error("processLut2d: 90: Image config passed is NULL \n"));
 }
 
-// Success without a line, the frame untouched and the done flag set.
-TEST_F(HandleTest, UnknownModeLeavesTheFrame) {
-    rec = lut2d_test::uniformRecord(300, 300);
-    ASSERT_EQ(init({16, 16, 16, 0}, static_cast<Lut2DMode>(7)), 0);
-    lut2d_test::fillRandom(frame, 16);
-    const lut2d_test::Frame before = frame;
-    clearLog();
-    EXPECT_EQ(process(1), 0);
-    EXPECT_EQ(std::tie(frame.luma, frame.chroma), std::tie(before.luma, before.chroma));
-    EXPECT_EQ(engine()->m_done, 1);
-    EXPECT_TRUE(logLines().empty());
-}
-
 // A stop found at the frame driver's start: the frame and the caches as they were.
 TEST_F(HandleTest, AbortBeforeTheBandsLeavesFrameAndCaches) {
     rec = lut2d_test::busyRecord(3);

@@ -12,37 +12,7 @@ namespace {
 using kmodel::V3;
 using lut2d_test::pick;
 
-// An engine on the neutral record, its division tables copied at their exact size so that a
-// read beyond them is caught, and random channel values.
-struct Colour : ::testing::Test {
-    ISP2DLUTInStruct_V10 rec = lut2d::neutralRecord();
-    lut2d_test::SetUpEngine g{&rec};
-    std::vector<int> recip = std::vector<int>(g->m_recip, g->m_recip + 1024);
-    std::vector<int> shift = std::vector<int>(g->m_shift, g->m_shift + 1024);
-    std::mt19937 rng{3};
-
-    V3 random(int max = 1023) { return {pick(rng, 0, max), pick(rng, 0, max), pick(rng, 0, max)}; }
-    // CST, CST_YUV2RGB or CST_RGB2YUV (the first takes its record as the last argument).
-    template <class F, class... P>
-    V3 cst(F f, V3 in, P... p) {
-        short x, y, z;
-        (g.e.*f)(in.a, in.b, in.c, &x, &y, &z, p...);
-        return {x, y, z};
-    }
-    V3 yuvToGbr(V3 yuv) { return cst(&SW_2DLut_v10::CST_YUV2RGB, yuv); }
-    V3 gbrToYuv(V3 gbr) { return cst(&SW_2DLut_v10::CST_RGB2YUV, gbr); }
-    V3 hsl(V3 rgb) {
-        V3 o{};
-        g->RGBtoHSL(rgb.a, rgb.b, rgb.c, &o.a, &o.b, &o.c, recip.data(), recip.data(), shift.data(),
-                    shift.data());
-        return o;
-    }
-    V3 rgb(V3 hsl) {
-        V3 o{};
-        g->HSLtoRGB(&o.a, &o.b, &o.c, hsl.a, hsl.b, hsl.c);
-        return o;
-    }
-};
+using Colour = kmodel::KernelTest;
 
 // Random records (sums inside 32 bits, outMax possibly below outMin).
 TEST_F(Colour, GeneralTransformAppliesEveryField) {
@@ -61,9 +31,9 @@ TEST_F(Colour, GeneralTransformAppliesEveryField) {
 // The specialised forms apply the engine's records but the offsets that are zero there (set
 // to 9 here, which they must ignore).
 TEST_F(Colour, SpecialisedTransformsSkipTheOffsetsThatAreZero) {
-    const CST_params rgbToYuv = g->m_cst[0], yuvToRgb = g->m_cst[1];
-    for (int k = 0; k < 3; ++k) g->m_cst[0].inOffset[k] = g->m_cst[1].outOffset[k] = 9;
-    g->m_cst[0].outOffset[0] = g->m_cst[1].inOffset[0] = 9;
+    const CST_params rgbToYuv = e().m_cst[0], yuvToRgb = e().m_cst[1];
+    for (int k = 0; k < 3; ++k) e().m_cst[0].inOffset[k] = e().m_cst[1].outOffset[k] = 9;
+    e().m_cst[0].outOffset[0] = e().m_cst[1].inOffset[0] = 9;
     for (int i = 0; i < 100000; ++i) {
         const V3 in = random();
         ASSERT_EQ(yuvToGbr(in), kmodel::cst(yuvToRgb, in.a, in.b, in.c));

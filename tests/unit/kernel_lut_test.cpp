@@ -3,8 +3,6 @@
 
 #include <gtest/gtest.h>
 
-#include <functional>
-#include <memory>
 #include <vector>
 
 #include "kernel_model.h"
@@ -15,44 +13,11 @@ using kmodel::Rec;
 using kmodel::V3;
 using lut2d_test::pick;
 
-// An engine on the neutral record, set up again after the record is edited.
-struct Lut : ::testing::Test {
-    Rec rec = lut2d::neutralRecord();
-    std::unique_ptr<lut2d_test::SetUpEngine> g = std::make_unique<lut2d_test::SetUpEngine>(&rec);
-
-    SW_2DLut_v10& e() { return g->e; }
-    void setUpAgain() { g = std::make_unique<lut2d_test::SetUpEngine>(&rec); }
-    V3 bilinear(int h, int s, int hi, int si, bool flag = false) {
-        V3 r{};
-        e().bilinearInterpolation(h, s, hi, si, &r.a, &r.b, &rec, &flag);
-        return {r.a, r.b, flag};
-    }
-    V3 colorAdjust(int h, int s, int l, bool flag = false) {
-        V3 r{};
-        e().colorAdjust(h, s, l, &r.a, &r.b, &rec, &flag);
-        return {r.a, r.b, flag};
-    }
-    V3 process(V3 yuv, int band = 0) {
-        short a, b, c;
-        e().process(yuv.a, yuv.b, yuv.c, &a, &b, &c, g->slice(band));
-        return {a, b, c};
-    }
-    // Sixty random records (a third with shifts no valid record has: wide, negative, 32 and
-    // more), each set up, and `check` run 4000 times on each.
-    void onRandomRecords(const std::function<void(std::mt19937&)>& check) {
-        std::mt19937 rng(10);
-        for (int k = 0; k < 60 && !HasFailure(); ++k) {
-            rec = kmodel::randomRecord(rng);
-            if (k % 3 == 2) rec.h_shift = pick(rng, -40, 40), rec.s_shift = pick(rng, -40, 40);
-            setUpAgain();
-            for (int i = 0; i < 4000 && !HasFailure(); ++i) check(rng);
-        }
-    }
-};
+using Lut = kmodel::KernelTest;
 
 // At any hue and saturation, in the interval that holds them or in any other.
 TEST_F(Lut, BilinearInterpolationIsTheModel) {
-    onRandomRecords([&](std::mt19937& rng) {
+    onRandomRecords([&] {
         const int h = pick(rng, 0, 12287), s = pick(rng, 0, 2048);
         const int hi = pick(rng, 0, 24), si = pick(rng, 0, 15);
         ASSERT_EQ(bilinear(h, s, hi, si), kmodel::bilinear(rec, h, s, hi, si));
@@ -61,7 +26,7 @@ TEST_F(Lut, BilinearInterpolationIsTheModel) {
 
 TEST_F(Lut, ColorAdjustIsTheModel) {
     int neutral = 0;
-    onRandomRecords([&](std::mt19937& rng) {
+    onRandomRecords([&] {
         const int h = pick(rng, 0, 12287), s = pick(rng, 0, 2048), l = pick(rng, 0, 2046);
         const V3 want = kmodel::colorAdjust(rec, h, s, l);
         ASSERT_EQ(colorAdjust(h, s, l), want) << h << "," << s << "," << l;
@@ -73,18 +38,13 @@ TEST_F(Lut, ColorAdjustIsTheModel) {
 // Computed on the first call, from the cache on the second.
 TEST_F(Lut, ProcessIsTheModel) {
     int band = 0;
-    onRandomRecords([&](std::mt19937& rng) {
+    onRandomRecords([&] {
         const V3 in{pick(rng, 0, 1023), pick(rng, 0, 1023), pick(rng, 0, 1023)};
         const V3 want = kmodel::process(e(), rec, in.a, in.b, in.c);
         ASSERT_EQ(process(in, band), want) << in.a << "," << in.b << "," << in.c;
         ASSERT_EQ(process(in, band), want);
         band = (band + 1) % 4;
     });
-}
-
-TEST_F(Lut, NeutralFlagIsNeverCleared) {
-    rec = lut2d_test::uniformRecord(5, 5);
-    EXPECT_EQ(bilinear(100, 100, 0, 0, true).c, 1);
 }
 
 // The caller tells these zeros from a colour by the flag.
