@@ -175,16 +175,4 @@ TEST_F(DspEngine, FailuresAreReportedAndLeaveNothingBehind) {
     }
 }
 
-// The count is refused before the remote call (the emulation would refuse handle 0).
-TEST(DspStubDeathTest, NegativeSequenceCountStopsTheProcess) {
-    sw2dlut_dsp_config config{};
-    config.lut_1d_s = {nullptr, -1};
-    sw2dlut_dsp_scratch scratch{};
-    uint8_t frame[4] = {};
-    uint64_t time = 0;
-    LUT2D_EXPECT_STOP(sw2dlut_dsp_execute(0, &config, &scratch, frame, 4, frame, 4, &time),
-                      "fatal: -1 does not fit in uint32, in wireLength at "
-                      "lut2dalgo/src/dsp/sw2dlut_dsp_stub.cpp:");
-}
-
 }  // namespace

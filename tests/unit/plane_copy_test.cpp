@@ -117,24 +117,4 @@ TEST_F(PlaneConversion, InterleaveTruncates) {
     EXPECT_EQ(chroma, (Bytes{1, 2, 255, 0}));
 }
 
-using PlaneCopyDeathTest = ::testing::Test;
-
-TEST(PlaneCopyDeathTest, PlanesBeyond32BitsStopTheProcess) {
-    CopyThreadArgs huge{65536, 65536, 65536, nullptr, nullptr, nullptr, nullptr};
-    const std::string line =
-        "fatal: 65536 \\* 65536 does not fit in uint32, in bandRoom at "
-        "lut2dalgo/src/engine/plane_copy.cpp:";
-    LUT2D_EXPECT_STOP(copyInputData_MT(&huge), line);
-    LUT2D_EXPECT_STOP(copyOutputData_MT(&huge), line);
-}
-
-// Such a row has no two bytes to repeat.
-TEST(PlaneCopyDeathTest, SingleByteRowsStopThePacking) {
-    uint8_t plane[8] = {};
-    CopyThreadArgs singleByteRows{1, 2, 4, plane, plane, plane, plane};
-    LUT2D_EXPECT_STOP(copyInputData_MT(&singleByteRows),
-                      "fatal: 1 - 2 does not fit in uint32, in packRow at "
-                      "lut2dalgo/src/engine/plane_copy.cpp:");
-}
-
 }  // namespace

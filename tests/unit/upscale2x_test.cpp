@@ -6,7 +6,6 @@
 #include <vector>
 
 #include "engine/sw_2dlut_v10.h"
-#include "support/log_capture.h"
 
 namespace {
 
@@ -69,21 +68,6 @@ TEST(Upscale2x, MatchesTheTwoPassReferenceAtEveryWidth) {
             check(uint8_t{0xA5}, width, width + 9 * (h - 1) / 4, h);
         }
     }
-}
-
-using Upscale2xDeathTest = ::testing::Test;
-
-TEST(Upscale2xDeathTest, SizesOutOfSigned32BitRangeStopTheProcess) {
-    SW_2DLut_v10 e;
-    unsigned short* u = nullptr;
-    unsigned char* b = nullptr;
-    e.Upscale2x(u, u, 5, 0);  // no rows: nothing to do
-    e.Upscale2x(b, b, 5, 5, 0);
-    const std::string at = ", in checkGeometry at lut2dalgo/src/engine/upscale2x.cpp:";
-    LUT2D_EXPECT_STOP(e.Upscale2x(u, u, 0x80000000u, 0),  // no rows, but too wide
-                      "fatal: 2147483648 does not fit in int32" + at);
-    LUT2D_EXPECT_STOP(e.Upscale2x(u, u, 0, 1),
-                      "fatal: a plane of rows without columns to upscale" + at);
 }
 
 }  // namespace
