@@ -4,11 +4,13 @@
 #pragma once
 
 #include <cstdint>
+#include <memory>
 #include <random>
 #include <vector>
 
 #include "engine/sw_2dlut_v10.h"
 #include "interface/record_shape.h"
+#include "kernel/colour_batch.h"
 
 namespace lut2d_test {
 
@@ -64,6 +66,22 @@ struct SetUpEngine {
     SetUpEngine& operator=(const SetUpEngine&) = delete;
     SW_2DLut_v10* operator->() { return &e; }
     HM_RGB* slice(int band = 0);  // band i's result cache
+};
+
+// An engine set up on a record, the record then edited as a host may (`edited`), and the
+// colour kernel's tables prepared from that state (again by prepare after further edits).
+struct PreparedTables {
+    ISP2DLUTInStruct_V10 record;
+    SetUpEngine engine{&record};
+    std::unique_ptr<lut2d::BatchTables> tables = std::make_unique<lut2d::BatchTables>();
+
+    PreparedTables(const ISP2DLUTInStruct_V10& setUp, const ISP2DLUTInStruct_V10& edited)
+        : record(setUp) {
+        record = edited;
+        prepare();
+    }
+    explicit PreparedTables(const ISP2DLUTInStruct_V10& r) : PreparedTables(r, r) {}
+    void prepare() { lut2d::prepareBatchTables(*tables, lut2d::kernelTables(engine.e)); }
 };
 
 // A handle made by InitLut2D, released at the end.

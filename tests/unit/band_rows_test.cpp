@@ -42,14 +42,7 @@ lut2d::RowKernels scalarRows() {
     return all[0].rows;
 }
 
-// An engine on a busy record, and the colour kernel's tables of it.
-struct Tables {
-    ISP2DLUTInStruct_V10 record = lut2d_test::busyRecord(9);
-    lut2d_test::SetUpEngine engine{&record};
-    std::unique_ptr<lut2d::BatchTables> batch = std::make_unique<lut2d::BatchTables>();
-    Tables() { prepare(); }
-    void prepare() { lut2d::prepareBatchTables(*batch, lut2d::kernelTables(engine.e)); }
-};
+using Tables = lut2d_test::PreparedTables;
 
 // A cache slice as the work area starts (no entry matches a key), with some entries made to
 // match keys of the coming chunks and some stored results that look like claims.
@@ -106,13 +99,13 @@ std::vector<uint32_t> walkChunk(const lut2d::RowKernels& rows, const Tables& t,
         w->uniform[u] = one ? 1 : 0;
     }
     rows.walk(slice.data(), *w);
-    lut2d::AdjustColours_C(*t.batch, w->missKey, w->computed, w->misses);
+    lut2d::AdjustColours_C(*t.tables, w->missKey, w->computed, w->misses);
     rows.settle(slice.data(), *w);
     return {w->result, w->result + w->count};
 }
 
 TEST(BandRows, VectorWalksGiveTheScalarWalksResultsAndSlices) {
-    Tables t;
+    Tables t(lut2d_test::busyRecord(9));
     std::mt19937 rng(31);
     for (int n = 0; n < 400 / kScale; ++n) {
         const auto count = static_cast<size_t>(n % 4 == 0 ? kChunkKeys : pick(rng, 1, kChunkKeys));
@@ -195,7 +188,7 @@ BandState runBands(const lut2d::FrameKernels& k, const BandCase& c, Tables& t, u
         t.record.lut_2d_h[pick(rng, 0, 399)] = static_cast<int16_t>(pick(rng, -511, 511));
         t.prepare();
         lut2d::BandWork work{};
-        work.tables = t.batch.get();
+        work.tables = t.tables.get();
         work.kernels = k;
         Lut2DThreadArgs& a = work.args;
         a.pLumaIn = s.frame.luma.data();
@@ -220,7 +213,7 @@ BandState runBands(const lut2d::FrameKernels& k, const BandCase& c, Tables& t, u
 }
 
 TEST(BandRows, VectorBandsWriteTheScalarBandsBytesAndSlices) {
-    Tables t;
+    Tables t(lut2d_test::busyRecord(9));
     std::mt19937 rng(8);
     std::vector<BandCase> cases;
     for (int n = 0; n < 40 / kScale; ++n) {
@@ -242,7 +235,7 @@ TEST(BandRows, VectorBandsWriteTheScalarBandsBytesAndSlices) {
             t, seed);
         for (const lut2d::RowKernelsPath& p : vectorPaths()) {
             const BandState actual =
-                runBands({p.rows, lut2d::selectColourKernel(*t.batch)}, c, t, seed);
+                runBands({p.rows, lut2d::selectColourKernel(*t.tables)}, c, t, seed);
             EXPECT_EQ(actual.frame.luma, expected.frame.luma) << p.name;
             EXPECT_EQ(actual.frame.chroma, expected.frame.chroma) << p.name;
             EXPECT_EQ(actual.extra, expected.extra) << p.name;

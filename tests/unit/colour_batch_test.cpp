@@ -68,18 +68,6 @@ std::vector<NamedRecord> records() {
     return out;
 }
 
-// An engine set up on a record, then the record edited as the host may, and the batch tables
-// of that state.
-struct Prepared {
-    Rec rec;
-    lut2d_test::SetUpEngine engine;
-    std::unique_ptr<lut2d::BatchTables> tables = std::make_unique<lut2d::BatchTables>();
-    explicit Prepared(const NamedRecord& r) : rec(r.rec), engine(&rec) {
-        rec = r.moved;
-        lut2d::prepareBatchTables(*tables, lut2d::kernelTables(engine.e));
-    }
-};
-
 // Whether the colours (10-bit) or the blocks (8-bit) form is compared.
 enum class Form { kColours, kBlocks };
 
@@ -107,7 +95,7 @@ void expectSameAsScalar(const lut2d::BatchTables& t, const std::vector<uint32_t>
 
 TEST(ColourBatch, VectorFormsEqualTheScalarFormOnEveryLowResolutionKey) {
     for (const NamedRecord& r : records()) {
-        Prepared p(r);
+        const lut2d_test::PreparedTables p(r.rec, r.moved);
         ASSERT_TRUE(p.tables->vectorExact) << r.name;
         std::vector<uint32_t> keys;
         keys.reserve((1u << 24) / kSweepStep + 1);
@@ -119,7 +107,7 @@ TEST(ColourBatch, VectorFormsEqualTheScalarFormOnEveryLowResolutionKey) {
 TEST(ColourBatch, VectorFormsEqualTheScalarFormOnRandomTenBitColours) {
     std::mt19937 rng(11);
     for (const NamedRecord& r : records()) {
-        Prepared p(r);
+        const lut2d_test::PreparedTables p(r.rec, r.moved);
         std::vector<uint32_t> keys(2000003 / kSweepStep);  // not a whole number of vectors
         for (auto& k : keys) k = rng() & 0x3FFFFFFF;
         expectSameAsScalar(*p.tables, keys, Form::kColours, r.name);
@@ -141,9 +129,9 @@ TEST(ColourBatch, EditedEngineTablesFallBackToTheScalarForm) {
         {"weight", [](SW_2DLut_v10& e) { e.m_lightWeight[900] = 4096; }},
     };
     for (const Edit& edit : edits) {
-        Prepared p(r);
+        lut2d_test::PreparedTables p(r.rec, r.moved);
         edit.apply(p.engine.e);
-        lut2d::prepareBatchTables(*p.tables, lut2d::kernelTables(p.engine.e));
+        p.prepare();
         const bool untouched = edit.apply == edits[0].apply;
         EXPECT_EQ(p.tables->vectorExact, untouched) << edit.what;
         EXPECT_EQ(lut2d::selectColourKernel(*p.tables).colours == lut2d::AdjustColours_C,

@@ -112,19 +112,6 @@ TEST_F(DspEngine, ResultEqualsTheCpuEngineOnTheSharedFrame) {
     }
 }
 
-// A disabled record in the shared copy: no remote call, the frame untouched.
-TEST_F(DspEngine, DisabledRecordMakesNoRemoteCall) {
-    auto rec = uniformRecord(300, 200);
-    DspFrame d(&rec, LUT2D_MODE_CHRUS, 6, 2);
-    rec.enable = 0;
-    EXPECT_EQ(d.engine.UpdateCfg_dsp(&rec), 0);
-    const Frame before = d.frame;
-    host::reset();
-    EXPECT_EQ(d.engine.run_dsp(&d.data), 0);
-    EXPECT_EQ(methodsCalled(), Methods{});
-    EXPECT_EQ(d.frame.luma, before.luma);
-}
-
 // An engine's whole DSP life with one failure in it: the statuses of set-up, frame and
 // release, every log line and the remote calls made.
 TEST_F(DspEngine, FailuresAreReportedAndLeaveNothingBehind) {

@@ -53,11 +53,6 @@ TEST_F(Lut, ColorAdjustReportsAFlagThatCameInSetAsZeros) {
     EXPECT_EQ(colorAdjust(100, 100, 1000, true), (V3{0, 0, 1}));
 }
 
-TEST_F(Lut, IntervalsBeyondTheGridAreTheLastOne) {
-    rec = lut2d_test::busyRecord(4);
-    EXPECT_EQ(bilinear(12000, 2000, 65535, 65535), bilinear(12000, 2000, 24, 15));
-}
-
 // Moved by the full weight (lightness 1000): h + dH, wrapped once with a 14-bit mask; -12289
 // and 24576 lie beyond one turn and leave the range.
 TEST_F(Lut, MovedHueWrapsOnce) {
@@ -73,11 +68,6 @@ TEST_F(Lut, MovedHueWrapsOnce) {
     }
 }
 
-TEST_F(Lut, ColorAdjustTakesLightnessModulo65536) {
-    rec = lut2d_test::uniformRecord(100, 100);
-    EXPECT_EQ(colorAdjust(500, 600, 65536 + 50), colorAdjust(500, 600, 50));
-}
-
 // The weight comes from the engine's table (checked where it is set up): an offset of 2048
 // comes out as the weight itself; a lightness past the table is its last entry.
 TEST_F(Lut, BoundaryControlWeighsOffsetsByLightness) {
@@ -86,23 +76,6 @@ TEST_F(Lut, BoundaryControlWeighsOffsetsByLightness) {
     EXPECT_EQ((std::pair{h, s}), (std::pair{1600, -1600}));  // on the rising ramp, 100 x 16
     e().BoundaryControl(65535, 2048, -2048, &h, &s, nullptr);
     EXPECT_EQ((std::pair{h, s}), (std::pair{0, 0}));
-}
-
-TEST_F(Lut, BoundaryCheckClassifiesLightness) {
-    const struct {
-        int lightness, kind;  // 3 outside, 2 rising, 0 plateau, 1 falling
-    } cases[] = {{100, 3}, {150, 2}, {500, 0}, {850, 1}, {900, 3}};
-    for (const auto& c : cases)
-        EXPECT_EQ(e().BoundaryCheck(c.lightness, 100, 800, 200, 900), c.kind);
-}
-
-// The ramp value before the weight table keeps 12 bits of it.
-TEST_F(Lut, BoundaryLinearInterpolationKeepsSixteenBits) {
-    unsigned short out = 0;
-    e().boundaryLinearInterpolation(103, 100, 2047, &out);
-    EXPECT_EQ(out, 6141);
-    e().boundaryLinearInterpolation(100, 103, 2047, &out);  // the difference modulo 2^16
-    EXPECT_EQ(out, static_cast<unsigned short>(65533 * 2047));
 }
 
 // Nodes 0, 10, 20; a value equal to the last node is not found, nor anything with fewer than
