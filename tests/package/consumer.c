@@ -1,9 +1,16 @@
-/* A C11 host built against the installed package alone, through pkg-config: one frame through
- * the four handle functions. EXPECTED_VERSION is the version pkg-config reports, which the
- * header's must equal. */
+/* A host built against the installed package alone: one frame through the four handle
+ * functions. Written in the common part of C11 and C++17, it is built as C through pkg-config
+ * and as C++ through CMake's find_package and as part of a CMake project. EXPECTED_VERSION is
+ * the version the package reports, which the header's must equal. */
 #include <orvix_lut2d.h>
 #include <stdio.h>
 #include <string.h>
+
+#ifdef __cplusplus
+#define HOST_LANGUAGE "C++"
+#else
+#define HOST_LANGUAGE "C"
+#endif
 
 enum { kWidth = 64, kHeight = 32 };
 
@@ -48,7 +55,7 @@ int main(void) {
 
     int changed = 0;
     for (size_t i = 0; i < sizeof chroma; ++i) changed += chroma[i] != before[i];
-    printf("C host, liborvix_lut2d %s: status %d, %d of %d chroma bytes changed\n",
+    printf("%s host, liborvix_lut2d %s: status %d, %d of %d chroma bytes changed\n", HOST_LANGUAGE,
            LUT2D_VERSION_STRING, status, changed, (int)sizeof chroma);
     return status == LUT2D_OK && changed > 0 && strcmp(LUT2D_VERSION_STRING, EXPECTED_VERSION) == 0
                ? 0
