@@ -27,6 +27,18 @@ inline int pick(std::mt19937& rng, int lo, int hi) {
     return std::uniform_int_distribution<int>(lo, hi)(rng);
 }
 
+// The vector forms of a kernel that this machine runs, from the kernel's list of forms
+// (`paths`), whose first is the scalar form.
+template <class Path>
+std::vector<Path> vectorForms(size_t (*paths)(Path*, size_t)) {
+    Path all[8];
+    std::vector<Path> out;
+    for (size_t i = 1, n = paths(all, 8); i < n; ++i) {
+        if (all[i].runnable) out.push_back(all[i]);
+    }
+    return out;
+}
+
 // How many times slower a sanitizer build runs the kernels (the thread sanitizer about ten).
 // GCC names the sanitizers with macros of its own; clang answers __has_feature.
 #ifndef __has_feature

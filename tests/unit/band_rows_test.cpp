@@ -27,13 +27,7 @@ using lut2d_test::pick;
 constexpr int kScale = lut2d_test::kSlowdown > 1 ? 4 : 1;
 
 std::vector<lut2d::RowKernelsPath> vectorPaths() {
-    lut2d::RowKernelsPath all[8];
-    const size_t n = lut2d::rowKernelsPaths(all, 8);
-    std::vector<lut2d::RowKernelsPath> out;
-    for (size_t i = 1; i < n; ++i) {  // the scalar form is the first
-        if (all[i].runnable) out.push_back(all[i]);
-    }
-    return out;
+    return lut2d_test::vectorForms(lut2d::rowKernelsPaths);
 }
 
 lut2d::RowKernels scalarRows() {

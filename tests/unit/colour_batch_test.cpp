@@ -18,15 +18,7 @@ using kmodel::Rec;
 constexpr uint32_t kSweepStep = lut2d_test::kSlowdown > 1 ? 61 : 1;  // sanitizers sample it
 
 std::vector<lut2d::AdjustColoursPath> vectorPaths() {
-    lut2d::AdjustColoursPath all[8];
-    const size_t n = lut2d::adjustColoursPaths(all, 8);
-    std::vector<lut2d::AdjustColoursPath> out;
-    for (size_t i = 0; i < n; ++i) {
-        if (all[i].kernel.colours != lut2d::AdjustColours_C && all[i].runnable) {
-            out.push_back(all[i]);
-        }
-    }
-    return out;
+    return lut2d_test::vectorForms(lut2d::adjustColoursPaths);
 }
 
 // Records whose arithmetic reaches far: random ones, the largest offsets and shifts with

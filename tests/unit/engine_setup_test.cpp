@@ -7,7 +7,7 @@
 #include <tuple>
 #include <vector>
 
-#include "support/fixtures.h"
+#include "kernel_model.h"
 
 namespace {
 
@@ -28,22 +28,7 @@ TEST(EngineSetup, InitializeTablesCopiesTheDivisionTables) {
     EXPECT_EQ(g->m_recip[3] + g->m_recip[1023] + g->m_shift2[1023], 5462u + 4101u + 10u);
 }
 
-// Interval i holds x when nodes[i] <= x < nodes[i + 1]; past the last node the last interval.
-void expectIntervals(const uint16_t* table, uint32_t entries, const uint16_t* nodes, int last) {
-    for (uint32_t x = 0; x < entries; ++x) {
-        int expected = 0;
-        while (expected < last && x >= nodes[expected + 1]) ++expected;
-        ASSERT_EQ(table[x], expected) << "value " << x;
-    }
-}
-
-// 0 outside start A .. end B, 2048 on the plateau, the ramps modulo 4096.
-int expectedWeight(int l, int startA, int startB, int endA, int endB, int startInv, int endInv) {
-    if (l <= startA || l >= endB) return 0;
-    if (l < startB) return (l - startA) * startInv % 4096;
-    return l > endA ? (endB - l) * endInv % 4096 : 2048;
-}
-
+// The weight as the kernel's model states it.
 TEST(EngineSetup, LightnessWeightRampsWrapModulo4096) {
     const struct {
         int startInv, endInv;
@@ -56,21 +41,20 @@ TEST(EngineSetup, LightnessWeightRampsWrapModulo4096) {
         rec.l_boundary_end_inv = c.endInv;
         SetUpEngine g(&rec);
         for (int l = 0; l < 2048; ++l) {
-            ASSERT_EQ(g->m_lightWeight[l],
-                      expectedWeight(l, 100, 200, 800, 900, c.startInv, c.endInv))
-                << l;
+            ASSERT_EQ(g->m_lightWeight[l], kmodel::weight(rec, l)) << l;
         }
     }
 }
 
-// Through the stored record; the argument is not read.
+// Through the stored record (the argument is not read), as the model finds intervals.
 TEST(EngineSetup, UpdateCfgRebuildsTheIndexTables) {
     auto rec = lut2d::neutralRecord();
     SetUpEngine g(&rec);
     rec.lut_1d_s[1] = 200;
     EXPECT_EQ(g->m_satIndex[150], 1);
     EXPECT_EQ(g->UpdateCfg(nullptr), 0);
-    expectIntervals(g->m_satIndex, 2049, rec.lut_1d_s, 15);
+    for (int s = 0; s <= 2048; ++s)
+        ASSERT_EQ(g->m_satIndex[s], kmodel::interval(rec.lut_1d_s, 16, s));
 }
 
 TEST(EngineSetup, UpdateCfgKeepsTheLightnessWeightsOfTheSetUp) {

@@ -116,13 +116,15 @@ inline int wrapHue(int h) {
     return (h < 0 ? h + 12288 : (h >= 12288 ? h - 12288 : h)) & 16383;
 }
 
+// The interval of a value among n nodes: the last node at or below it (0 below all).
+inline int interval(const uint16_t* nodes, int n, int x) {
+    return static_cast<int>(std::upper_bound(nodes + 1, nodes + n, x) - nodes - 1);
+}
+
 // colorAdjust: hue and saturation moved, wrapped and clamped, or zeros and the neutral flag.
 inline V3 colorAdjust(const Rec& c, int h, int s, int l) {
     if (s < c.lut_1d_s[0]) return {h, s, 0};
-    // The intervals: the last node at or below the value (0 below all).
-    const int hi = std::upper_bound(c.lut_1d_h + 1, c.lut_1d_h + 25, h) - c.lut_1d_h - 1;
-    const int si = std::upper_bound(c.lut_1d_s + 1, c.lut_1d_s + 16, s) - c.lut_1d_s - 1;
-    const V3 d = bilinear(c, h, s, hi, si);
+    const V3 d = bilinear(c, h, s, interval(c.lut_1d_h, 25, h), interval(c.lut_1d_s, 16, s));
     if (d.c) return d;
     const int w = weight(c, l);
     return {wrapHue(h + ((d.a * w + 1024) >> 11)),
