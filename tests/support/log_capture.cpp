@@ -47,12 +47,6 @@ std::vector<LogLine> logLines() {
     return g_lines;
 }
 
-std::vector<std::string> logTexts() {
-    std::vector<std::string> out;
-    for (const LogLine& l : logLines()) out.push_back(l.text);
-    return out;
-}
-
 std::vector<LogLine> logWithoutTimes() {
     static const std::regex time("[0-9]+ us");
     std::vector<LogLine> lines = logLines();

@@ -36,9 +36,6 @@ void echoLogToStderr();
 // The lines captured since the last clearLog(), in order.
 std::vector<LogLine> logLines();
 
-// The texts only, in order.
-std::vector<std::string> logTexts();
-
 // The lines captured, with every measured time ("123 us") written as "# us".
 std::vector<LogLine> logWithoutTimes();
 

@@ -172,11 +172,9 @@ TEST(Y4m, ReadsFfmpegClipsAndWritesThemBackByteForByte) {
     const struct {
         std::string bytes, message;
     } bad[] = {
-        {"YUV4MPEG2 W8 H6 C422\nFRAME\n", "c.y4m: y4m colour space 422 is not 8-bit 4:2:0"},
         {"YUV4MPEG2 W8 H4\nFRAME\n", "c.y4m: frame size 8x4: a height of 4 rows cannot be"},
         {"YUV4MPEG2 W8\n", "c.y4m: y4m header has no frame size"},
         {"YUV4MPEG W8 H4\n", "c.y4m: not a y4m clip"},
-        {"YUV4MPEG2 W7 H4\nFRAME\n", "c.y4m: frame size 7x4: width and height must be even"},
         {header + "FRAME\n" + std::string(71, 'a'), "c.y4m: y4m frame 1 is cut short: 71 of 72"},
         {header + "FRAMES\n", "c.y4m: y4m frame 1 is cut short"},
         {header + "JUNK\n", "c.y4m: y4m frame 1 does not start with FRAME"},

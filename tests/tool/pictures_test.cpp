@@ -1,4 +1,4 @@
-// Pictures through the image library: orientation, CMYK, 16-bit, transparency, the formats
+// Pictures through the image library: CMYK, 16-bit, transparency, the formats
 // written, odd sizes, and the refusals that come before any pixel is decoded.
 
 #include <gtest/gtest.h>
@@ -37,23 +37,9 @@ bool near(Rgb a, Rgb b, int tolerance) {
            std::abs(a.b - b.b) <= tolerance;
 }
 
-TEST(Pictures, BecomeUpright8BitSrgbWithANoteForWhatWasReduced) {
+// (Orientation: the apply command's end-to-end test turns a large portrait upright.)
+TEST(Pictures, Become8BitSrgbWithANoteForWhatWasReduced) {
     encodePicture(RgbImage(2, 2), "start.png");  // starts the image library
-    // Stored 6 wide and 4 high, left half red; orientation 6 asks for a quarter turn
-    // clockwise, which puts the left half on top.
-    VImage stored =
-        flat(6, 4, {30, 30, 220}, VIPS_FORMAT_UCHAR, VIPS_INTERPRETATION_sRGB)
-            .insert(flat(3, 4, {220, 30, 30}, VIPS_FORMAT_UCHAR, VIPS_INTERPRETATION_sRGB), 0, 0)
-            .copy();
-    stored.set(VIPS_META_ORIENTATION, 6);
-    const DecodedPicture turned =
-        decodePicture(saved(stored, ".jpg[Q=100]"), kDefaultMaxPixels, "t.jpg");
-    ASSERT_EQ(turned.image.width, 4u);
-    ASSERT_EQ(turned.image.height, 6u);
-    EXPECT_TRUE(near(turned.image.at(1, 0), {220, 30, 30}, 24));
-    EXPECT_TRUE(near(turned.image.at(1, 5), {30, 30, 220}, 24));
-    EXPECT_EQ(turned.notes, std::vector<std::string>{"turned upright by its EXIF orientation (6)"});
-
     const struct {
         VImage img;
         const char* suffix;

@@ -2,7 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include <cstring>
 #include <functional>
 
 #include "engine/sw_2dlut_v10.h"
@@ -119,19 +118,6 @@ TEST(RecordJson, EveryProblemIsNamedOnItsOwnLine) {
     }
     EXPECT_EQ(
         jsonProblems("{").at(0).rfind("j: not valid JSON: parse error at line 1, column 2", 0), 0u);
-}
-
-TEST(RecordBytes, AreReadFromMemoryLikeFiles) {
-    const ISP2DLUTInStruct_V10 r = neutralRecord();
-    const auto* p = reinterpret_cast<const uint8_t*>(&r);
-    const std::vector<uint8_t> binary(p, p + sizeof r);
-    const ISP2DLUTInStruct_V10 back = decodeRecord(binary, false, "m");
-    EXPECT_EQ(std::memcmp(&back, &r, sizeof r), 0);
-    const std::string json = recordToJson(r);
-    const ISP2DLUTInStruct_V10 fromJson =
-        decodeRecord({reinterpret_cast<const uint8_t*>(json.data()), json.size()}, true, "m");
-    EXPECT_EQ(std::memcmp(&fromJson, &r, sizeof r), 0);
-    EXPECT_THROW(decodeRecord({binary.data(), 1783}, false, "m"), ToolError);
 }
 
 }  // namespace

@@ -1,4 +1,5 @@
-// Range validation of the tuning record: results, log lines and their order.
+// Range validation of the tuning record: results, log lines and their order. (Which values
+// pass, and that only ranges are checked, the tool's record test holds field by field.)
 
 #include <gtest/gtest.h>
 
@@ -11,12 +12,14 @@
 
 namespace {
 
-using lut2d_test::logTexts;
+using lut2d_test::LogLine;
+using lut2d_test::logLines;
 
-std::string rangeLine(const std::string& name, int value, int min, int max) {
-    return "checkRange: 84: Out of range value detected in sw2dlut module parameter ( " + name +
-           " ) = " + std::to_string(value) + " Should be within  [" + std::to_string(min) + " , " +
-           std::to_string(max) + "]  \n";
+LogLine rangeLine(const std::string& name, int value, int min, int max) {
+    return lut2d_test::error(
+        "checkRange: 84: Out of range value detected in sw2dlut module parameter ( " + name +
+        " ) = " + std::to_string(value) + " Should be within  [" + std::to_string(min) + " , " +
+        std::to_string(max) + "]  \n");
 }
 
 int check(const ISP2DLUTInStruct_V10& r) {
@@ -24,28 +27,19 @@ int check(const ISP2DLUTInStruct_V10& r) {
     return SW_2DLut_v10().parameterCheck(&r);
 }
 
-// Nodes out of order, a reciprocal that does not match, boundaries reversed.
-TEST(ParameterCheck, DoesNotCheckTheInvariants) {
-    ISP2DLUTInStruct_V10 r = lut2d::neutralRecord();
-    r.lut_1d_h[5] = 100;
-    r.lut_1d_s_inv[3] = 7;
-    r.l_boundary_start_A = 1900;
-    r.l_boundary_end_B = 10;
-    EXPECT_EQ(check(r), 0);
-}
-
 TEST(ParameterCheck, DisabledRecordIsNotExamined) {
     ISP2DLUTInStruct_V10 r;
     std::memset(&r, 0xFF, sizeof r);
     r.enable = 0;
     EXPECT_EQ(check(r), 0);
-    EXPECT_TRUE(logTexts().empty());
+    EXPECT_TRUE(logLines().empty());
     r.enable = 2;  // a bad enable is the only line
     EXPECT_EQ(check(r), 2);
-    EXPECT_EQ(logTexts(), std::vector<std::string>{rangeLine("cfg->enable", 2, 0, 1)});
+    EXPECT_EQ(logLines(), std::vector<LogLine>{rangeLine("cfg->enable", 2, 0, 1)});
 }
 
-// Array lines name the array without an index; unsigned fields print unsigned.
+// Array lines name the array without an index, one line for each failing element; unsigned
+// fields print unsigned.
 TEST(ParameterCheck, EveryFailingValueWritesItsOwnLineInOrder) {
     ISP2DLUTInStruct_V10 r = lut2d::neutralRecord();
     auto bits = [](auto& field) { return reinterpret_cast<uint16_t*>(&field); };
@@ -73,20 +67,13 @@ TEST(ParameterCheck, EveryFailingValueWritesItsOwnLineInOrder) {
         {"lut_1d_h_inv", &r.lut_1d_h_inv[23], 16384, 0, 16383},
         {"lut_1d_s_inv", &r.lut_1d_s_inv[0], 2048, 0, 2047},
     };
-    std::vector<std::string> lines;
+    std::vector<LogLine> lines;
     for (const auto& f : failing) {
         *f.field = static_cast<uint16_t>(f.value);
         lines.push_back(rangeLine(f.name, f.value, f.min, f.max));
     }
     EXPECT_EQ(check(r), 2);
-    EXPECT_EQ(logTexts(), lines);
-}
-
-TEST(ParameterCheck, EachFailingArrayElementWritesALine) {
-    ISP2DLUTInStruct_V10 r = lut2d::neutralRecord();
-    for (auto& v : r.lut_2d_s) v = 600;
-    EXPECT_EQ(check(r), 2);
-    EXPECT_EQ(logTexts(), std::vector<std::string>(400, rangeLine("lut_2d_s", 600, -511, 511)));
+    EXPECT_EQ(logLines(), lines);
 }
 
 }  // namespace
