@@ -1,9 +1,9 @@
 #include "log_capture.h"
 
+#include <algorithm>
 #include <cstdarg>
 #include <cstdio>
 #include <mutex>
-#include <regex>
 
 namespace {
 
@@ -48,9 +48,21 @@ std::vector<LogLine> logLines() {
 }
 
 std::vector<LogLine> logWithoutTimes() {
-    static const std::regex time("[0-9]+ us");
     std::vector<LogLine> lines = logLines();
-    for (LogLine& l : lines) l.text = std::regex_replace(l.text, time, "# us");
+    for (LogLine& l : lines) {
+        const std::string& s = l.text;
+        std::string text;
+        for (size_t i = 0; i < s.size();) {
+            const size_t digitsEnd = std::min(s.find_first_not_of("0123456789", i), s.size());
+            if (digitsEnd == i) {
+                text += s[i++];
+                continue;
+            }
+            text += s.compare(digitsEnd, 3, " us") == 0 ? "#" : s.substr(i, digitsEnd - i);
+            i = digitsEnd;
+        }
+        l.text = text;
+    }
     return lines;
 }
 
