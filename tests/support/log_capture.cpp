@@ -1,6 +1,5 @@
 #include "log_capture.h"
 
-#include <algorithm>
 #include <cstdarg>
 #include <cstdio>
 #include <mutex>
@@ -50,18 +49,15 @@ std::vector<LogLine> logLines() {
 std::vector<LogLine> logWithoutTimes() {
     std::vector<LogLine> lines = logLines();
     for (LogLine& l : lines) {
-        const std::string& s = l.text;
+        const std::string& t = l.text;
         std::string text;
-        for (size_t i = 0; i < s.size();) {
-            const size_t digitsEnd = std::min(s.find_first_not_of("0123456789", i), s.size());
-            if (digitsEnd == i) {
-                text += s[i++];
-                continue;
-            }
-            text += s.compare(digitsEnd, 3, " us") == 0 ? "#" : s.substr(i, digitsEnd - i);
-            i = digitsEnd;
+        size_t copied = 0;
+        for (size_t at = t.find(" us"); at != std::string::npos; at = t.find(" us", at + 3)) {
+            size_t digits = at;
+            while (digits > copied && t[digits - 1] >= '0' && t[digits - 1] <= '9') --digits;
+            if (digits < at) text.append(t, copied, digits - copied).append("#"), copied = at;
         }
-        l.text = text;
+        l.text = text + t.substr(copied);
     }
     return lines;
 }

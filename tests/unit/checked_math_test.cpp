@@ -1,5 +1,5 @@
-// Integer helpers (16-bit truncation and difference, the signed and rounded shifts, 8 <-> 10-bit
-// samples) and the fatal stop.
+// Integer helpers (16-bit truncation and difference, the signed and rounded shifts) and the
+// fatal stop.
 
 #include <gtest/gtest.h>
 
@@ -48,12 +48,6 @@ TEST(IntMath, SixteenBitDifferenceWraps) {
     EXPECT_EQ(lut2d::difference16(70000, 0), 4464);
     EXPECT_EQ(lut2d::difference16(-32768, 1), 32767);
     EXPECT_EQ(lut2d::difference16(INT_MIN, INT_MAX), 1);
-}
-
-TEST(IntMath, TenBitSamplesAreFourTimesTheEightBitOnes) {
-    EXPECT_EQ(lut2d::to10Bit(255u), 1020u);
-    EXPECT_EQ(lut2d::to8Bit(1023u), 255u);
-    EXPECT_EQ(lut2d::to8Bit(1020u), 255u);
 }
 
 using FatalStopDeathTest = ::testing::Test;
