@@ -3,6 +3,7 @@
 // the random and exhaustive sweeps are under the sanitizers.
 #pragma once
 
+#include <algorithm>
 #include <cstdint>
 #include <memory>
 #include <random>
@@ -37,6 +38,13 @@ std::vector<Path> vectorForms(size_t (*paths)(Path*, size_t)) {
         if (all[i].runnable) out.push_back(all[i]);
     }
     return out;
+}
+
+// n random bytes.
+inline std::vector<uint8_t> randomBytes(size_t n, uint32_t seed) {
+    std::vector<uint8_t> b(n);
+    std::generate(b.begin(), b.end(), std::mt19937(seed));
+    return b;
 }
 
 // How many times slower a sanitizer build runs the kernels (the thread sanitizer about ten).

@@ -102,13 +102,13 @@ TEST(Apply, LimitedRangeFramesAreExpandedForTheLibraryAndCompressedBack) {
     EXPECT_FALSE(readText(dir / "wrong.nv12") == frameBytes(expected));
 }
 
-TEST(Apply, PicturesOfAnySizeAndOrientationComeOutUprightInTheirOwnSize) {
+TEST(Apply, PicturesOfAnySizeComeOutInTheirOwnSize) {
     ScratchDir dir;
     writeRecordFile(dir / "s.json", showcaseRecord());
     RgbImage odd(33, 3);
     blit(odd, makeTestChart(), -1500, -900);
     savePicture(dir / "odd.png", odd);
-    RunResult r = dir.run("apply odd.png out.png -r s.json --compare c.png");
+    const RunResult r = dir.run("apply odd.png out.png -r s.json --compare c.png");
     ASSERT_EQ(r.exitCode, 0) << r.err;
     EXPECT_NE(r.out.find("1 frame of 33x3"), std::string::npos) << r.out;
     const RgbImage out = loadPicture(dir / "out.png");
@@ -116,9 +116,13 @@ TEST(Apply, PicturesOfAnySizeAndOrientationComeOutUprightInTheirOwnSize) {
     EXPECT_EQ(out.height, 3u);
     EXPECT_NE(out, odd);  // meadow greens moved
     EXPECT_EQ(loadPicture(dir / "c.png").width, 3 * 33 + 4 * 8u);
+}
 
-    // A phone portrait: stored sideways with an orientation tag (6: a quarter turn clockwise),
-    // large enough that turning it reads rows far out of order.
+// A phone portrait: stored sideways with an orientation tag (6: a quarter turn clockwise),
+// large enough that turning it reads rows far out of order.
+TEST(Apply, PicturesComeOutUprightByTheirOrientation) {
+    ScratchDir dir;
+    writeRecordFile(dir / "s.json", showcaseRecord());
     RgbImage sideways(1600, 1200, {200, 40, 40});
     fillRect(sideways, {0, 0, 1600, 600}, {40, 40, 200});  // top half blue
     vips::VImage v = vips::VImage::new_from_memory(sideways.pixels.data(), sideways.pixels.size(),
@@ -126,7 +130,7 @@ TEST(Apply, PicturesOfAnySizeAndOrientationComeOutUprightInTheirOwnSize) {
                          .copy();
     v.set(VIPS_META_ORIENTATION, 6);
     v.write_to_file((dir / "portrait.jpg").c_str());
-    r = dir.run("apply portrait.jpg upright.png -r s.json");
+    const RunResult r = dir.run("apply portrait.jpg upright.png -r s.json");
     ASSERT_EQ(r.exitCode, 0) << r.err;
     EXPECT_EQ(r.err, "lut2d: warning: portrait.jpg: turned upright by its EXIF orientation (6)\n");
     const RgbImage upright = loadPicture(dir / "upright.png");

@@ -9,6 +9,7 @@
 
 #include "common/luma_offset_add.h"
 #include "engine/sw_2dlut_v10.h"
+#include "support/fixtures.h"
 #include "tessel/tessel.h"
 #include "tessel/tessel_rows.h"
 #include "tessel/tessel_rows_body.h"
@@ -54,12 +55,6 @@ std::vector<uint8_t> gaussianExpand(const uint8_t* src, uint32_t width, uint32_t
     return out;
 }
 
-std::vector<uint8_t> randomBytes(size_t n, std::mt19937& rng) {
-    std::vector<uint8_t> v(n);
-    for (auto& b : v) b = static_cast<uint8_t>(rng());
-    return v;
-}
-
 // luma + offset - 128 clamped to 0 .. 255, stated on the unwrapped sum s = luma + offset.
 uint8_t addDefinition(int luma, int offset) {
     const int s = luma + offset;
@@ -67,10 +62,7 @@ uint8_t addDefinition(int luma, int offset) {
 }
 
 struct Plane {
-    uint32_t width;
-    uint32_t height;
-    uint32_t srcStride;
-    uint32_t dstStride;
+    uint32_t width, height, srcStride, dstStride;
 };
 
 // The expected destination of a strided call: the reference expand in the 2 width x
@@ -99,7 +91,7 @@ TEST(GaussianExpand, EveryFormMatchesTheReference) {
         for (uint32_t h : {1u, 2u, 3u, 4u, 5u, 6u, 13u, w <= 2 ? 97u : 9u}) {
             SCOPED_TRACE(::testing::Message() << w << "x" << h);
             const Plane packed{w, h, w, 2 * w}, p{w, h, w + 3 * (h % 2), 2 * w + 5};
-            const auto src = randomBytes(size_t{p.srcStride} * h, rng);
+            const auto src = lut2d_test::randomBytes(size_t{p.srcStride} * h, rng());
             std::vector<uint8_t> dst(size_t{4} * w * h, kUntouched);
             ASSERT_EQ(tslScaleUpBy2Gaussian5x5u8(src.data(), w, h, dst.data()), 0);
             ASSERT_EQ(dst, expectedPlane(src, packed));
@@ -112,7 +104,7 @@ TEST(GaussianExpand, EveryFormMatchesTheReference) {
                       0);
             ASSERT_EQ(whole, want);
 
-            const auto luma = randomBytes(bytes, rng);
+            const auto luma = lut2d_test::randomBytes(bytes, rng());
             std::vector<uint8_t> added = luma;
             for (uint32_t y = 0; y < rows; ++y) {
                 for (size_t x = y * size_t{p.dstStride}, e = x + 2 * w; x < e; ++x) {
