@@ -5,6 +5,8 @@
 #include <map>
 #include <random>
 
+#include "interface/record_shape.h"
+
 namespace lut2d_bench {
 
 std::string sizeName(Size s) {
@@ -172,14 +174,8 @@ const std::vector<Planes>& sequence(Size s, bool realistic) {
 }
 
 ISP2DLUTInStruct_V10 busyRecord() {
-    ISP2DLUTInStruct_V10 r{};
-    r.enable = 1;
-    for (int i = 0; i < 25; ++i) r.lut_1d_h[i] = static_cast<uint16_t>(i * 512);
-    for (int i = 0; i < 24; ++i) r.lut_1d_h_inv[i] = 32;
-    for (int j = 0; j < 16; ++j) r.lut_1d_s[j] = static_cast<uint16_t>(j * 2048 / 15);
-    for (int j = 0; j < 15; ++j)
-        r.lut_1d_s_inv[j] = static_cast<uint16_t>(2048 / (r.lut_1d_s[j + 1] - r.lut_1d_s[j]));
-    for (int k = 0; k < 400; ++k) {
+    ISP2DLUTInStruct_V10 r = lut2d::neutralRecord();
+    for (int k = 0; k < lut2d::kGridEntries; ++k) {
         r.lut_2d_h[k] = static_cast<int16_t>(120 * std::sin(k * 0.37));
         r.lut_2d_s[k] = static_cast<int16_t>(80 + 60 * std::cos(k * 0.21));
     }

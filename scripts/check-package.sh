@@ -1,9 +1,9 @@
 #!/usr/bin/env bash
 # Installs a build into a temporary prefix and uses the installed package alone: checks the
 # installed files and the library's load-time needs, compiles the installed header as C11,
-# and builds and runs two hosts that each process one frame, a C program through pkg-config
-# and a C++ program through CMake's find_package. Then builds the C++ host once more with the
-# library as part of its own CMake project (tests/package/subproject).
+# and builds and runs a host that processes one frame, as C through pkg-config and as C++
+# through CMake's find_package. Then builds the C++ host once more with the library as part
+# of its own CMake project (tests/package/subproject).
 # Usage: scripts/check-package.sh [BUILD_DIR]   (default build/release)
 set -euo pipefail
 cd "$(dirname "$0")/.."
@@ -56,5 +56,5 @@ cmake -S tests/package/subproject -B "$prefix/subproject" -G Ninja -DLUT2D_SOURC
 cmake --build "$prefix/subproject" >>"$prefix/subproject.log" 2>&1 ||
   { cat "$prefix/subproject.log"; exit 1; }
 "$prefix/subproject/consumer_cpp"
-echo "package: installed, a C and a C++ host built against it alone, one frame each; the C++"
+echo "package: installed, the host built against it alone as C and as C++, one frame each; the C++"
 echo "host also built with the library as part of its own project"

@@ -9,13 +9,10 @@
 #include <cstdarg>
 #include <cstdio>
 #include <cstring>
-#include <set>
 #include <string>
 
-#include "dsp/sw2dlut_context.h"
-#include "dsp_runtime_control.h"
 #include "interface/orvix_lut2d.h"
-#include "support/records.h"
+#include "support/fixtures.h"
 
 extern "C" void* __libc_malloc(size_t);
 extern "C" void __libc_free(void*);
@@ -108,19 +105,5 @@ INSTANTIATE_TEST_SUITE_P(EachAllocation, AllocFailure,
                          [](const ::testing::TestParamInfo<Case>& p) {
                              return "line" + std::to_string(p.param.line);
                          });
-
-// The remote execute's argument block cannot be had: the call fails with -1 (silently, as
-// this process has no platform debug log) and no remote call is made.
-TEST(AllocFailureDsp, ExecuteWithoutItsArgumentBlockFails) {
-    auto rec = lut2d_test::neutralRecord();
-    SW2DLUTContext* ctx = SW2DLUTInit(1, 3, 64, 16);
-    ASSERT_NE(ctx, nullptr);
-    g_failSize = 240;
-    EXPECT_EQ(SW2DLUTExecute(ctx, &rec), 9);
-    g_failSize = 0;
-    EXPECT_STREQ(g_lastError, "Error: sw2dlut_dsp_execute failed, code=-1\n");
-    EXPECT_EQ(SW2DLUTDeinit(ctx), 0);
-    EXPECT_EQ(dsp_runtime_host::liveBlocks(), 0u);
-}
 
 }  // namespace

@@ -1,23 +1,27 @@
-/* A C11 host built against the installed package alone, through pkg-config: one frame through
- * the four handle functions. EXPECTED_VERSION is the version pkg-config reports, which the
- * header's must equal. */
+/* A host built against the installed package alone: one frame through the four handle
+ * functions. Written in the common part of C11 and C++17, it is built as C through pkg-config
+ * and as C++ through CMake's find_package and as part of a CMake project. EXPECTED_VERSION is
+ * the version the package reports, which the header's must equal. */
 #include <orvix_lut2d.h>
 #include <stdio.h>
 #include <string.h>
 
+#ifdef __cplusplus
+#define HOST_LANGUAGE "C++"
+#else
+#define HOST_LANGUAGE "C"
+#endif
+
 enum { kWidth = 64, kHeight = 32 };
 
 /* Even hue and saturation nodes, every hue turned by 200 and saturation raised by 100,
- * at every lightness but the extremes. */
+ * at every lightness but the extremes. The offsets are uniform, so the reciprocals can stay
+ * 0 (no interpolation between nodes). */
 static void tuning(ISP2DLUTInStruct_V10* r) {
     memset(r, 0, sizeof *r);
     r->enable = 1;
     for (int i = 0; i < 25; ++i) r->lut_1d_h[i] = (uint16_t)(i * 512);
-    for (int i = 0; i < 24; ++i) r->lut_1d_h_inv[i] = 16384 / 512;
     for (int j = 0; j < 16; ++j) r->lut_1d_s[j] = (uint16_t)(j * 2048 / 15);
-    for (int j = 0; j < 15; ++j) {
-        r->lut_1d_s_inv[j] = (uint16_t)(2048 / (r->lut_1d_s[j + 1] - r->lut_1d_s[j]));
-    }
     for (int k = 0; k < 400; ++k) {
         r->lut_2d_h[k] = 200;
         r->lut_2d_s[k] = 100;
@@ -25,8 +29,6 @@ static void tuning(ISP2DLUTInStruct_V10* r) {
     r->l_boundary_start_B = 128;
     r->l_boundary_end_A = 1918;
     r->l_boundary_end_B = 2046;
-    r->l_boundary_start_inv = 2048 / 128;
-    r->l_boundary_end_inv = 2048 / 128;
 }
 
 int main(void) {
@@ -53,7 +55,7 @@ int main(void) {
 
     int changed = 0;
     for (size_t i = 0; i < sizeof chroma; ++i) changed += chroma[i] != before[i];
-    printf("C host, liborvix_lut2d %s: status %d, %d of %d chroma bytes changed\n",
+    printf("%s host, liborvix_lut2d %s: status %d, %d of %d chroma bytes changed\n", HOST_LANGUAGE,
            LUT2D_VERSION_STRING, status, changed, (int)sizeof chroma);
     return status == LUT2D_OK && changed > 0 && strcmp(LUT2D_VERSION_STRING, EXPECTED_VERSION) == 0
                ? 0

@@ -4,13 +4,11 @@
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <cstring>
-#include <random>
 
 #include "dsp_runtime_control.h"
+#include "support/fixtures.h"
 #include "support/log_capture.h"
-#include "support/records.h"
 
 namespace lut2d_test {
 
@@ -37,12 +35,6 @@ inline std::vector<uint32_t> methodsCalled() {
     std::vector<uint32_t> out;
     for (const auto& c : host::calls()) out.push_back(c.method);
     return out;
-}
-
-inline Bytes randomBytes(size_t n, uint32_t seed) {
-    Bytes b(n);
-    std::generate(b.begin(), b.end(), std::mt19937(seed));
-    return b;
 }
 
 // The packing rule of the library: the packed rows of `width` bytes laid out `stride` apart

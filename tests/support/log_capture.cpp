@@ -1,6 +1,5 @@
 #include "log_capture.h"
 
-#include <algorithm>
 #include <cstdarg>
 #include <cstdio>
 #include <mutex>
@@ -9,6 +8,7 @@ namespace {
 
 std::mutex g_mutex;
 std::vector<lut2d_test::LogLine> g_lines;
+bool g_echo = false;
 
 }  // namespace
 
@@ -24,11 +24,17 @@ extern "C" __attribute__((visibility("default"), format(printf, 3, 4))) int __an
     std::vsnprintf(text.data(), text.size() + 1, fmt, ap2);
     va_end(ap2);
     std::lock_guard<std::mutex> lock(g_mutex);
+    if (g_echo) std::fputs(text.c_str(), stderr);
     g_lines.push_back({prio, tag != nullptr ? tag : "", std::move(text)});
     return n;
 }
 
 namespace lut2d_test {
+
+void echoLogToStderr() {
+    std::lock_guard<std::mutex> lock(g_mutex);
+    g_echo = true;
+}
 
 void clearLog() {
     std::lock_guard<std::mutex> lock(g_mutex);
@@ -40,29 +46,18 @@ std::vector<LogLine> logLines() {
     return g_lines;
 }
 
-std::vector<std::string> logTexts() {
-    std::vector<std::string> out;
-    for (const LogLine& l : logLines()) out.push_back(l.text);
-    return out;
-}
-
 std::vector<LogLine> logWithoutTimes() {
     std::vector<LogLine> lines = logLines();
     for (LogLine& l : lines) {
         const std::string& t = l.text;
-        std::string masked;
-        for (size_t i = 0; i < t.size();) {
-            size_t end = i;
-            while (end < t.size() && t[end] >= '0' && t[end] <= '9') ++end;
-            if (end > i && t.compare(end, 3, " us") == 0) {
-                masked += '#';
-            } else {
-                end = std::max(end, i + 1);
-                masked.append(t, i, end - i);
-            }
-            i = end;
+        std::string text;
+        size_t copied = 0;
+        for (size_t at = t.find(" us"); at != std::string::npos; at = t.find(" us", at + 3)) {
+            size_t digits = at;
+            while (digits > copied && t[digits - 1] >= '0' && t[digits - 1] <= '9') --digits;
+            if (digits < at) text.append(t, copied, digits - copied).append("#"), copied = at;
         }
-        l.text = std::move(masked);
+        l.text = text + t.substr(copied);
     }
     return lines;
 }

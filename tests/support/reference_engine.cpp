@@ -138,11 +138,14 @@ void ReferenceEngine::fullResolutionBand(Frame& frame, uint8_t* chromaResult, ui
             }
             for (int k = 0; k < 4; ++k) frame.luma[pos[k]] = static_cast<uint8_t>(y[k] >> 2);
             if (format > kCrFirst) continue;
-            // Each column's two values halved, the halves summed, then divided by 8.
-            const int32_t uo = ((u[1] + u[3]) / 2 + (u[0] + u[2]) / 2) / 8;
-            const int32_t vo = ((v[1] + v[3]) / 2 + (v[0] + v[2]) / 2) / 8;
-            chromaResult[size_t{stride} * pairRow + c + uByte] = static_cast<uint8_t>(uo);
-            chromaResult[size_t{stride} * pairRow + c + 1 - uByte] = static_cast<uint8_t>(vo);
+            // The block's mean as 8 bits: the four values summed and taken over 16, less the
+            // odd bit each column's pair loses, since each column is halved on its own first.
+            auto mean = [](const short* x) {
+                const int32_t right = x[1] + x[3], left = x[0] + x[2];
+                return static_cast<uint8_t>((right - right % 2 + left - left % 2) / 16);
+            };
+            chromaResult[size_t{stride} * pairRow + c + uByte] = mean(u);
+            chromaResult[size_t{stride} * pairRow + c + 1 - uByte] = mean(v);
         }
     }
 }

@@ -11,7 +11,7 @@
 #include <vector>
 
 #include "engine/sw_2dlut_v10.h"
-#include "support/records.h"
+#include "support/fixtures.h"
 
 namespace lut2d_test {
 

@@ -77,7 +77,7 @@ TEST(Lint, FindsHueFoldWhereNeighbouringOffsetsStepMoreThanTheSpacing) {
     EXPECT_NE(plotHueSaturationPlanes(r, w), plotHueSaturationPlanes(r, {}));
 }
 
-TEST(Lint, FindsSaturationFoldAndNearGreyPush) {
+TEST(Lint, FindsSaturationFold) {
     // Greens: saturation up by 30 % below node 7 and down by 30 % from it, a drop of 60 %
     // across a 6.7 % interval.
     ISP2DLUTInStruct_V10 fold = neutralRecord();
@@ -86,16 +86,18 @@ TEST(Lint, FindsSaturationFoldAndNearGreyPush) {
         for (int j = 1; j < kSatNodes; ++j)
             fold.lut_2d_s[i * kSatNodes + j] = int16_t(j < 7 ? 300 : -300);
     }
-    std::vector<LintWarning> w = lintRecord(fold);
+    const std::vector<LintWarning> w = lintRecord(fold);
     ASSERT_FALSE(w.empty());
     EXPECT_EQ(w[0].kind, LintWarning::Kind::SaturationFold) << w[0].text;
     EXPECT_TRUE(contains(w[0].text, "lut_2d_s rows 7..9")) << w[0].text;
     EXPECT_TRUE(contains(w[0].text, "saturation nodes 6..7")) << w[0].text;
+}
 
-    // Blues: 8 % more saturation already at saturation node 0.
+// Blues: 8 % more saturation already at saturation node 0.
+TEST(Lint, FindsNearGreyPush) {
     ISP2DLUTInStruct_V10 push = neutralRecord();
     for (int j = 0; j < kSatNodes; ++j) push.lut_2d_s[15 * kSatNodes + j] = 160;
-    w = lintRecord(push);
+    const std::vector<LintWarning> w = lintRecord(push);
     ASSERT_EQ(kinds(w), std::vector{LintWarning::Kind::NearGreyPush});
     EXPECT_TRUE(contains(w[0].text, "near-grey push: colours below 5 % saturation at hues 2"))
         << w[0].text;

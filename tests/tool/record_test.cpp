@@ -2,9 +2,10 @@
 
 #include <gtest/gtest.h>
 
-#include <cstring>
 #include <functional>
 
+#include "engine/sw_2dlut_v10.h"
+#include "library.h"
 #include "record.h"
 #include "record_io.h"
 #include "tool_error.h"
@@ -19,6 +20,36 @@ TEST(RecordFields, CoverTheBinaryRecordExactlyOnce) {
     for (const FieldInfo& f : recordFields())
         for (size_t b = 0; b < 2 * f.count; ++b) ++owner.at(f.offset + b);
     for (size_t b = 0; b < kRecordBytes; ++b) EXPECT_EQ(owner[b], 1) << "byte " << b;
+}
+
+// The tool accepts exactly what the library's validation accepts, element by element: each
+// field's bounds pass SW_2DLut_v10::parameterCheck, the values just outside them do not (an
+// unsigned field's minimum - 1 is 65535).
+TEST(RecordFields, RangesAreTheLibrarysValidation) {
+    const SW_2DLut_v10 library;
+    for (const FieldInfo& f : recordFields()) {
+        for (size_t i = 0; i < f.count; ++i) {
+            for (const int32_t v : {f.min - 1, f.min, f.max, f.max + 1}) {
+                ISP2DLUTInStruct_V10 r = neutralRecord();
+                f.set(r, i, v);
+                const int expected = v >= f.min && v <= f.max ? LUT2D_OK : LUT2D_ERR_BAD_CONFIG;
+                ASSERT_EQ(library.parameterCheck(&r), expected) << elementName(f, i) << " = " << v;
+            }
+        }
+    }
+    takeLibraryErrors();
+}
+
+// The plot's lightness weight is the library's, overshooting ramps wrapping to 12 bits.
+TEST(LightnessWeights, AreTheLibrarysWithTheTwelveBitWrap) {
+    ISP2DLUTInStruct_V10 r = neutralRecord();
+    setLightnessRamps(r, 100, 104, 1900, 2000);
+    r.l_boundary_start_inv = 2047;  // 3 x 2047 = 6141 at lightness 103, 2045 in 12 bits
+    const std::vector<int32_t> w = lightnessWeights(r);
+    ASSERT_EQ(w.size(), 2047u);
+    EXPECT_EQ(std::vector<int32_t>(w.begin() + 100, w.begin() + 105),
+              (std::vector<int32_t>{0, 2047, 4094, 2045, 2048}));
+    EXPECT_EQ(w[1950], 1000);  // (2000 - 1950) x 20
 }
 
 TEST(RecordProblems, NameEachBrokenInvariantWithFieldAndIndex) {
@@ -89,19 +120,6 @@ TEST(RecordJson, EveryProblemIsNamedOnItsOwnLine) {
         jsonProblems("{").at(0).rfind("j: not valid JSON: parse error at line 1, column 2", 0), 0u);
     EXPECT_EQ(jsonProblems("{\"enable\": -64e446}"),
               Lines{"j: not valid JSON: number overflow parsing '-64e446'"});
-}
-
-TEST(RecordBytes, AreReadFromMemoryLikeFiles) {
-    const ISP2DLUTInStruct_V10 r = neutralRecord();
-    const auto* p = reinterpret_cast<const uint8_t*>(&r);
-    const std::vector<uint8_t> binary(p, p + sizeof r);
-    const ISP2DLUTInStruct_V10 back = decodeRecord(binary, false, "m");
-    EXPECT_EQ(std::memcmp(&back, &r, sizeof r), 0);
-    const std::string json = recordToJson(r);
-    const ISP2DLUTInStruct_V10 fromJson =
-        decodeRecord({reinterpret_cast<const uint8_t*>(json.data()), json.size()}, true, "m");
-    EXPECT_EQ(std::memcmp(&fromJson, &r, sizeof r), 0);
-    EXPECT_THROW(decodeRecord({binary.data(), 1783}, false, "m"), ToolError);
 }
 
 }  // namespace

@@ -13,7 +13,7 @@
 #include <tuple>
 #include <vector>
 
-#include "support/records.h"
+#include "support/fixtures.h"
 
 namespace {
 
@@ -102,7 +102,7 @@ std::string difference(const Frame& a, const Frame& b) {
 // A grey frame under a record that moves nothing comes back exactly as it was: any byte the
 // library did not compute (the marker, a heap pointer) would show.
 TEST(BandLimits, GreyFrameUnderANeutralRecordComesBackUnchanged) {
-    ISP2DLUTInStruct_V10 record = lut2d_test::neutralRecord();
+    ISP2DLUTInStruct_V10 record = lut2d::neutralRecord();
     for (const Geometry& g : kGeometries) {
         for (uint32_t format : {0u, 1u}) {
             Frame grey(g.width, g.height, g.stride, format);

@@ -14,7 +14,7 @@
 #include "engine/band_rows.h"
 #include "engine/band_rows_body.h"
 #include "kernel/kernel_inline.h"
-#include "support/records.h"
+#include "support/fixtures.h"
 
 namespace {
 
@@ -22,33 +22,12 @@ using lut2d::CacheWalk;
 using lut2d::kChunkKeys;
 using lut2d::kUnitKeys;
 using lut2d_test::Frame;
+using lut2d_test::pick;
 
-#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
-constexpr int kScale = 4;
-#elif defined(__has_feature)
-#if __has_feature(address_sanitizer) || __has_feature(thread_sanitizer)
-constexpr int kScale = 4;
-#else
-constexpr int kScale = 1;
-#endif
-#else
-constexpr int kScale = 1;
-#endif
-
-constexpr size_t kSliceEntries = 50000;
-
-int pick(std::mt19937& rng, int lo, int hi) {
-    return std::uniform_int_distribution<int>(lo, hi)(rng);
-}
+constexpr int kScale = lut2d_test::kSlowdown > 1 ? 4 : 1;
 
 std::vector<lut2d::RowKernelsPath> vectorPaths() {
-    lut2d::RowKernelsPath all[8];
-    const size_t n = lut2d::rowKernelsPaths(all, 8);
-    std::vector<lut2d::RowKernelsPath> out;
-    for (size_t i = 1; i < n; ++i) {  // the scalar form is the first
-        if (all[i].runnable) out.push_back(all[i]);
-    }
-    return out;
+    return lut2d_test::vectorForms(lut2d::rowKernelsPaths);
 }
 
 lut2d::RowKernels scalarRows() {
@@ -57,25 +36,12 @@ lut2d::RowKernels scalarRows() {
     return all[0].rows;
 }
 
-// An engine on a busy record, and the colour kernel's tables of it.
-struct Tables {
-    ISP2DLUTInStruct_V10 record = lut2d_test::busyRecord(9);
-    void* handle = nullptr;
-    std::unique_ptr<lut2d::BatchTables> batch = std::make_unique<lut2d::BatchTables>();
-    Tables() {
-        EXPECT_EQ(InitLut2D(&handle, &record, {64, 64, 64, 0}, LUT2D_MODE_CHRUS), 0);
-        prepare();
-    }
-    ~Tables() { releaseLut2d(handle); }
-    void prepare() {
-        lut2d::prepareBatchTables(*batch, lut2d::kernelTables(*static_cast<SW_2DLut_v10*>(handle)));
-    }
-};
+using Tables = lut2d_test::PreparedTables;
 
 // A cache slice as the work area starts (no entry matches a key), with some entries made to
 // match keys of the coming chunks and some stored results that look like claims.
 std::vector<HM_RGB> makeSlice(std::mt19937& rng, const std::vector<uint32_t>& upcoming) {
-    std::vector<HM_RGB> slice(kSliceEntries, HM_RGB{0xFFFFFFFFu, 0xFFFFFFFFu});
+    std::vector<HM_RGB> slice(lut2d::kCacheEntries, HM_RGB{0xFFFFFFFFu, 0xFFFFFFFFu});
     for (int n = 0; n < 200 && !upcoming.empty(); ++n) {
         const uint32_t key = upcoming[static_cast<size_t>(pick(rng, 0, int(upcoming.size()) - 1))];
         const uint32_t result = n % 3 == 0
@@ -129,13 +95,13 @@ std::vector<uint32_t> walkChunk(const lut2d::RowKernels& rows, const Tables& t,
         w->uniform[u] = one ? 1 : 0;
     }
     rows.walk(slice.data(), *w);
-    lut2d::AdjustColours_C(*t.batch, w->missKey, w->computed, w->misses);
+    lut2d::AdjustColours_C(*t.tables, w->missKey, w->computed, w->misses);
     rows.settle(slice.data(), *w);
     return {w->result, w->result + w->count};
 }
 
 TEST(BandRows, VectorWalksGiveTheScalarWalksResultsAndSlices) {
-    Tables t;
+    Tables t(lut2d_test::busyRecord(9));
     std::mt19937 rng(31);
     for (int n = 0; n < 400 / kScale; ++n) {
         const auto count = static_cast<size_t>(n % 4 == 0 ? kChunkKeys : pick(rng, 1, kChunkKeys));
@@ -218,7 +184,7 @@ BandState runBands(const lut2d::FrameKernels& k, const BandCase& c, Tables& t, u
         t.record.lut_2d_h[pick(rng, 0, 399)] = static_cast<int16_t>(pick(rng, -511, 511));
         t.prepare();
         lut2d::BandWork work{};
-        work.tables = t.batch.get();
+        work.tables = t.tables.get();
         work.kernels = k;
         Lut2DThreadArgs& a = work.args;
         a.pLumaIn = s.frame.luma.data();
@@ -243,7 +209,7 @@ BandState runBands(const lut2d::FrameKernels& k, const BandCase& c, Tables& t, u
 }
 
 TEST(BandRows, VectorBandsWriteTheScalarBandsBytesAndSlices) {
-    Tables t;
+    Tables t(lut2d_test::busyRecord(9));
     std::mt19937 rng(8);
     std::vector<BandCase> cases;
     for (int n = 0; n < 40 / kScale; ++n) {
@@ -265,7 +231,7 @@ TEST(BandRows, VectorBandsWriteTheScalarBandsBytesAndSlices) {
             t, seed);
         for (const lut2d::RowKernelsPath& p : vectorPaths()) {
             const BandState actual =
-                runBands({p.rows, lut2d::selectColourKernel(*t.batch)}, c, t, seed);
+                runBands({p.rows, lut2d::selectColourKernel(*t.tables)}, c, t, seed);
             EXPECT_EQ(actual.frame.luma, expected.frame.luma) << p.name;
             EXPECT_EQ(actual.frame.chroma, expected.frame.chroma) << p.name;
             EXPECT_EQ(actual.extra, expected.extra) << p.name;

@@ -15,28 +15,10 @@ namespace {
 
 using kmodel::Rec;
 
-#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
-constexpr uint32_t kSweepStep = 61;  // sanitizer builds sample the sweep
-#elif defined(__has_feature)
-#if __has_feature(address_sanitizer) || __has_feature(thread_sanitizer)
-constexpr uint32_t kSweepStep = 61;
-#else
-constexpr uint32_t kSweepStep = 1;
-#endif
-#else
-constexpr uint32_t kSweepStep = 1;
-#endif
+constexpr uint32_t kSweepStep = lut2d_test::kSlowdown > 1 ? 61 : 1;  // sanitizers sample it
 
 std::vector<lut2d::AdjustColoursPath> vectorPaths() {
-    lut2d::AdjustColoursPath all[8];
-    const size_t n = lut2d::adjustColoursPaths(all, 8);
-    std::vector<lut2d::AdjustColoursPath> out;
-    for (size_t i = 0; i < n; ++i) {
-        if (all[i].kernel.colours != lut2d::AdjustColours_C && all[i].runnable) {
-            out.push_back(all[i]);
-        }
-    }
-    return out;
+    return lut2d_test::vectorForms(lut2d::adjustColoursPaths);
 }
 
 // Records whose arithmetic reaches far: random ones, the largest offsets and shifts with
@@ -54,7 +36,7 @@ std::vector<NamedRecord> records() {
     const Rec random = kmodel::randomRecord(rng);
     out.push_back({"random", random, random});
 
-    Rec extreme = lut2d_test::neutralRecord();
+    Rec extreme = lut2d::neutralRecord();
     for (int i = 0; i < 400; ++i) {
         extreme.lut_2d_h[i] = static_cast<int16_t>(i % 3 == 0 ? 511 : -511);
         extreme.lut_2d_s[i] = static_cast<int16_t>(i % 5 < 2 ? -511 : 511);
@@ -77,18 +59,6 @@ std::vector<NamedRecord> records() {
     out.push_back({"stale_nodes", stale, moved});
     return out;
 }
-
-// An engine set up on a record, then the record edited as the host may, and the batch tables
-// of that state.
-struct Prepared {
-    Rec rec;
-    kmodel::Engine engine;
-    std::unique_ptr<lut2d::BatchTables> tables = std::make_unique<lut2d::BatchTables>();
-    explicit Prepared(const NamedRecord& r) : rec(r.rec), engine(&rec) {
-        rec = r.moved;
-        lut2d::prepareBatchTables(*tables, lut2d::kernelTables(engine.e));
-    }
-};
 
 // Whether the colours (10-bit) or the blocks (8-bit) form is compared.
 enum class Form { kColours, kBlocks };
@@ -117,7 +87,7 @@ void expectSameAsScalar(const lut2d::BatchTables& t, const std::vector<uint32_t>
 
 TEST(ColourBatch, VectorFormsEqualTheScalarFormOnEveryLowResolutionKey) {
     for (const NamedRecord& r : records()) {
-        Prepared p(r);
+        const lut2d_test::PreparedTables p(r.rec, r.moved);
         ASSERT_TRUE(p.tables->vectorExact) << r.name;
         std::vector<uint32_t> keys;
         keys.reserve((1u << 24) / kSweepStep + 1);
@@ -129,7 +99,7 @@ TEST(ColourBatch, VectorFormsEqualTheScalarFormOnEveryLowResolutionKey) {
 TEST(ColourBatch, VectorFormsEqualTheScalarFormOnRandomTenBitColours) {
     std::mt19937 rng(11);
     for (const NamedRecord& r : records()) {
-        Prepared p(r);
+        const lut2d_test::PreparedTables p(r.rec, r.moved);
         std::vector<uint32_t> keys(2000003 / kSweepStep);  // not a whole number of vectors
         for (auto& k : keys) k = rng() & 0x3FFFFFFF;
         expectSameAsScalar(*p.tables, keys, Form::kColours, r.name);
@@ -151,9 +121,9 @@ TEST(ColourBatch, EditedEngineTablesFallBackToTheScalarForm) {
         {"weight", [](SW_2DLut_v10& e) { e.m_lightWeight[900] = 4096; }},
     };
     for (const Edit& edit : edits) {
-        Prepared p(r);
+        lut2d_test::PreparedTables p(r.rec, r.moved);
         edit.apply(p.engine.e);
-        lut2d::prepareBatchTables(*p.tables, lut2d::kernelTables(p.engine.e));
+        p.prepare();
         const bool untouched = edit.apply == edits[0].apply;
         EXPECT_EQ(p.tables->vectorExact, untouched) << edit.what;
         EXPECT_EQ(lut2d::selectColourKernel(*p.tables).colours == lut2d::AdjustColours_C,

@@ -12,7 +12,7 @@
 #include <string>
 #include <vector>
 
-#include "support/records.h"
+#include "support/fixtures.h"
 
 #if defined(__SANITIZE_THREAD__)
 #define LUT2D_TEST_SLOW 1

@@ -2,14 +2,16 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <chrono>
 #include <string>
 #include <thread>
+#include <tuple>
 
 #include "engine/sw_2dlut_v10.h"
 #include "interface/orvix_lut2d.h"
+#include "support/fixtures.h"
 #include "support/log_capture.h"
-#include "support/records.h"
 
 namespace {
 
@@ -51,14 +53,12 @@ class HandleTest : public ::testing::Test {
     void* handle = nullptr;
 };
 
-TEST_F(HandleTest, InitKeepsTheCallersRecordAndGeometry) {
+TEST_F(HandleTest, InitKeepsTheCallersRecord) {
     EXPECT_EQ(init({64, 32, 64, 1}), 0);  // stride equal to width is fine
     EXPECT_EQ(logLines(),
               (Lines{kBanner, lut2d_test::info("===========InitLut2D 2DLut 02===========\n")}));
     EXPECT_EQ(engine()->m_useDsp | engine()->m_abort | engine()->m_done, 0);
     EXPECT_EQ(engine()->m_cfg, &rec);
-    EXPECT_EQ(engine()->m_width + engine()->m_height + engine()->m_stride + engine()->m_format,
-              161u);
 }
 
 TEST_F(HandleTest, InitRefusalsInCheckOrder) {
@@ -116,38 +116,32 @@ TEST_F(HandleTest, ProcessRefusalsInCheckOrder) {
     EXPECT_EQ(lines[6], error("processLut2d: 90: Image config passed is NULL \n"));
 }
 
-TEST_F(HandleTest, DisabledRecordOrUnknownModeLeavesTheFrameAndSetsDone) {
-    for (Lut2DMode mode : {LUT2D_MODE_YDS, static_cast<Lut2DMode>(7)}) {
-        rec = lut2d_test::uniformRecord(300, 300);
-        ASSERT_EQ(init({16, 16, 16, 0}, mode), 0);
-        rec.enable = mode == LUT2D_MODE_YDS ? 0 : 1;
-        for (size_t i = 0; i < frame.luma.size(); ++i) frame.luma[i] = static_cast<uint8_t>(i * 7);
-        const auto before = frame.luma;
-        clearLog();
-        EXPECT_EQ(process(1), 0);
-        EXPECT_EQ(frame.luma, before);
-        EXPECT_EQ(engine()->m_done, 1);
-        EXPECT_TRUE(logLines().empty());
-        releaseLut2d(handle);
-        handle = nullptr;
-    }
+// A stop found at the frame driver's start: the frame and the caches as they were.
+TEST_F(HandleTest, AbortBeforeTheBandsLeavesFrameAndCaches) {
+    rec = lut2d_test::busyRecord(3);
+    ASSERT_EQ(init({16, 16, 16, 0}), 0);
+    lut2d_test::fillRandom(frame, 5);
+    const lut2d_test::Frame before = frame;
+    const uint8_t* caches = engine()->m_workArea;
+    const std::vector<uint8_t> cachesBefore(caches, caches + lut2d::kWorkAreaBytes);
+    clearLog();
+    engine()->m_abort = 1;
+    Lut2DImageData d = frame.data();
+    EXPECT_EQ(engine()->run2dlut_fx(&d), 6);
+    EXPECT_EQ(logLines(), Lines{error("Aborting Execution at start of run2dlut_fx \n")});
+    EXPECT_EQ(std::tie(frame.luma, frame.chroma), std::tie(before.luma, before.chroma));
+    EXPECT_TRUE(std::equal(cachesBefore.begin(), cachesBefore.end(), caches));
 }
 
-TEST_F(HandleTest, UpdateFlagRebuildsIndexTables) {
+// No frame finishes: the abort gives up after about 500 ms.
+TEST_F(HandleTest, AbortTimesOutWithoutAFinishingFrame) {
     ASSERT_EQ(init({16, 16, 16, 0}), 0);
-    EXPECT_EQ(engine()->m_hueIndex[600], 1);
-    rec.lut_1d_h[1] = 700;  // hue 600 now lies in interval 0
-    EXPECT_EQ(process(2), 0);
-    EXPECT_EQ(engine()->m_hueIndex[600], 1);
-    EXPECT_EQ(process(3), 0);
-    EXPECT_EQ(engine()->m_hueIndex[600], 0);
-}
-
-TEST_F(HandleTest, AbortWaitsForTheDoneFlag) {
-    ASSERT_EQ(init({16, 16, 16, 0}), 0);
-    EXPECT_GE(abortMillis(), 450);  // no frame finishes: time-out after about 500 ms
+    EXPECT_GE(abortMillis(), 450);
     EXPECT_EQ(logLines(), Lines{error("Abort returned successfully due to timedout \n")});
+}
 
+TEST_F(HandleTest, AbortReturnsOnceTheFrameIsDone) {
+    ASSERT_EQ(init({16, 16, 16, 0}), 0);
     std::thread finisher([&] {
         std::this_thread::sleep_for(std::chrono::milliseconds(20));
         engine()->m_done = 1;
@@ -155,10 +149,16 @@ TEST_F(HandleTest, AbortWaitsForTheDoneFlag) {
     EXPECT_LT(abortMillis(), 400);
     finisher.join();
     EXPECT_EQ(logLines(), Lines{error("Abort returned successfully from 2dLUT algo \n")});
+}
 
+// The abort flag stays set until the next frame clears it; after a finished frame an abort
+// returns at once.
+TEST_F(HandleTest, NextFrameClearsTheAbortFlag) {
+    ASSERT_EQ(init({16, 16, 16, 0}), 0);
+    engine()->m_abort = 1;
     ASSERT_EQ(process(), 0);
-    EXPECT_EQ(engine()->m_abort, 0);  // left set by the abort, cleared by the next frame
-    EXPECT_LT(abortMillis(), 250);    // a finished frame: at once
+    EXPECT_EQ(engine()->m_abort, 0);
+    EXPECT_LT(abortMillis(), 250);
     EXPECT_EQ(engine()->m_abort, 1);
 }
 

@@ -38,14 +38,9 @@ std::vector<S> run(std::vector<S> src, uint32_t w, uint32_t pitch, uint32_t h, S
     return dst;
 }
 
-// The examples, then every vector block size and tail and a long row against the
-// reference; 8-bit rows keep the bytes past twice the width.
-TEST(Upscale2x, MatchesTheExamplesAndTheTwoPassReferenceAtEveryWidth) {
-    using U16 = std::vector<uint16_t>;
-    EXPECT_EQ(run(U16{0, 4}, 2, 2, 1), (U16{0, 1, 3, 4, 0, 1, 3, 4}));
-    EXPECT_EQ(run(U16{1, 2}, 2, 2, 1), (U16{1, 1, 1, 2, 1, 1, 1, 2}));
-    EXPECT_EQ(run(std::vector<int16_t>{-1, 0}, 2, 2, 1),
-              (std::vector<int16_t>{-1, 0, 0, 0, -1, 0, 0, 0}));
+// Every vector block size and tail and a long row; 8-bit rows keep the bytes past twice the
+// width.
+TEST(Upscale2x, MatchesTheTwoPassReferenceAtEveryWidth) {
     std::mt19937 rng(1);
     // The reference: source rows `pitch` apart, destination rows 2 * pitch apart.
     auto check = [&]<typename S>(S fill, uint32_t w, uint32_t pitch, uint32_t h) {
@@ -64,17 +59,6 @@ TEST(Upscale2x, MatchesTheExamplesAndTheTwoPassReferenceAtEveryWidth) {
             check(uint8_t{0xA5}, width, width + 9 * (h - 1) / 4, h);
         }
     }
-}
-
-using Upscale2xDeathTest = ::testing::Test;
-
-TEST(Upscale2xDeathTest, SizesOutOfSigned32BitRangeStopTheProcess) {
-    SW_2DLut_v10 e;
-    unsigned short* u = nullptr;
-    unsigned char* b = nullptr;
-    e.Upscale2x(u, u, 5, 0);  // no rows: nothing to do
-    e.Upscale2x(b, b, 5, 5, 0);
-    EXPECT_DEATH(e.Upscale2x(u, u, 0x80000000u, 0), "");  // no rows, but too wide
 }
 
 }  // namespace

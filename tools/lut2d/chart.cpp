@@ -309,8 +309,8 @@ ISP2DLUTInStruct_V10 showcaseRecord() {
         {15, 6, 0.16},
         {16, 0, 0.08},
     };
-    const double hueStep = static_cast<double>(kHueTurn) / 360.0 / (1 << r.h_shift);
-    const double satStep = static_cast<double>(kSatFull) / (1 << r.s_shift);
+    const double hueStep = static_cast<double>(kHueTurn) / 360.0 / gridStep(r.h_shift);
+    const double satStep = static_cast<double>(kSatFull) / gridStep(r.s_shift);
     for (const Effect& e : effects) {
         for (int j = 0; j < kSatNodes; ++j) {
             // Nothing up to saturation node 1 (6.7 %), so greys and near-greys stay as they

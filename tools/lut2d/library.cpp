@@ -7,6 +7,8 @@
 #include <cstdio>
 #include <mutex>
 
+#include "engine/sw_2dlut_v10.h"
+#include "interface/record_shape.h"
 #include "tool_error.h"
 
 namespace lut2d_tool {
@@ -79,6 +81,29 @@ void LibraryHandle::process(YuvFrame& frame) {
     Lut2DImageData data = frame.data();
     const int status = processLut2d(handle_, &data, 0);
     if (status != LUT2D_OK) throw ToolError(failure("processLut2d", status));
+}
+
+std::vector<int32_t> lightnessWeights(const ISP2DLUTInStruct_V10& record) {
+    ISP2DLUTInStruct_V10 copy = record;
+    SW_2DLut_v10 engine;
+    takeLibraryErrors();
+    const int status = engine.InitLut2D(&copy, LUT2D_MODE_CHRUS, {2, 2, 2, 0});
+    std::vector<int32_t> weights;
+    for (int l = 0; status == LUT2D_OK && l <= lut2d::kLightnessMax; ++l) {
+        int weighted = 0, unused = 0;
+        engine.BoundaryControl(static_cast<uint16_t>(l), lut2d::kLightInvFull, 0, &weighted,
+                               &unused, &copy);
+        weights.push_back(weighted);
+    }
+    engine.DenitLut2D();
+    if (status != LUT2D_OK) throw ToolError(failure("engine set-up", status));
+    return weights;
+}
+
+int nodeInterval(const uint16_t* nodes, int count, uint16_t value) {
+    unsigned short interval = 0;
+    SW_2DLut_v10().searchIndex(value >= nodes[0], count, value, &interval, nodes);
+    return interval;
 }
 
 void setLibraryLogVerbose(bool verbose) {

@@ -41,4 +41,14 @@ void setLibraryLogVerbose(bool verbose);
 // The library's error lines since the last call, oldest first, and forgets them.
 std::vector<std::string> takeLibraryErrors();
 
+// The share of the offsets that the library applies at each lightness 0..2046, in 2048ths:
+// SW_2DLut_v10::BoundaryControl on an engine set up with the record (ramps that overshoot
+// wrap to 12 bits, as they do in the library).
+std::vector<int32_t> lightnessWeights(const ISP2DLUTInStruct_V10& record);
+
+// The interval of `count` node positions that holds `value`, as the library's
+// SW_2DLut_v10::searchIndex finds it: one below the first node lies in the first interval,
+// one at or past the last node in the last.
+int nodeInterval(const uint16_t* nodes, int count, uint16_t value);
+
 }  // namespace lut2d_tool

@@ -189,17 +189,11 @@ double hueUnitsOf(double degrees) {
 }
 
 int hueIntervalOf(const ISP2DLUTInStruct_V10& r, double degrees) {
-    const double u = hueUnitsOf(degrees);
-    int i = 0;
-    while (i < kHueNodes - 2 && r.lut_1d_h[i + 1] <= u) ++i;
-    return i;
+    return nodeInterval(r.lut_1d_h, kHueNodes, static_cast<uint16_t>(hueUnitsOf(degrees)));
 }
 
 int satIntervalOf(const ISP2DLUTInStruct_V10& r, double percent) {
-    const double u = percent * kSatFull / 100.0;
-    int j = 0;
-    while (j < kSatNodes - 2 && r.lut_1d_s[j + 1] <= u) ++j;
-    return j;
+    return nodeInterval(r.lut_1d_s, kSatNodes, static_cast<uint16_t>(percent * kSatFull / 100.0));
 }
 
 // `v` with `decimals` digits after the point.
@@ -251,7 +245,7 @@ Entries steepPairs(const ISP2DLUTInStruct_V10& r, Entries e, bool alongHue) {
     if (e.row1 < e.row0) return e;
     Entries found{kHueNodes, -1, kSatNodes, -1};
     const int16_t* grid = alongHue ? r.lut_2d_h : r.lut_2d_s;
-    const double step = double(1 << (alongHue ? r.h_shift : r.s_shift));
+    const double step = gridStep(alongHue ? r.h_shift : r.s_shift);
     for (int i = e.row0; i <= e.row1; ++i) {
         for (int j = e.col0; j <= e.col1; ++j) {
             const int i1 = alongHue ? i + 1 : i, j1 = alongHue ? j : j + 1;
@@ -281,8 +275,8 @@ void redSeam(const ISP2DLUTInStruct_V10& r, std::vector<LintWarning>& out) {
         const char* unitName;
         double limit;
     } grids[] = {
-        {"lut_2d_h", r.lut_2d_h, (1 << r.h_shift) * 360.0 / kHueTurn, "degrees", kSeamDegrees},
-        {"lut_2d_s", r.lut_2d_s, (1 << r.s_shift) * 100.0 / kSatFull, "%", kSeamPercent},
+        {"lut_2d_h", r.lut_2d_h, gridStep(r.h_shift) * 360.0 / kHueTurn, "degrees", kSeamDegrees},
+        {"lut_2d_s", r.lut_2d_s, gridStep(r.s_shift) * 100.0 / kSatFull, "%", kSeamPercent},
     };
     for (const Grid& g : grids) {
         double worst = 0;

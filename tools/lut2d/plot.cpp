@@ -123,6 +123,7 @@ RgbImage plotHueSaturationPlanes(const ISP2DLUTInStruct_V10& record,
 
     const int left = 90, gap = 90, top = 56, rowLabel = 30, axis = 34, rowGap = 18, legend = 60;
     const int rowH = rowLabel + kPlaneH + axis + rowGap;
+    const std::vector<int32_t> weights = lightnessWeights(record);
     Canvas c(left + 2 * kPlaneW + gap + 30, top + kLevelCount * rowH + legend, kBackground);
     c.text(left, 16, "Before: hue across, saturation up", kTitle, kText, Align::Left, true);
     c.text(left + kPlaneW + gap, 16, "After the record (full resolution)", kTitle, kText,
@@ -131,7 +132,7 @@ RgbImage plotHueSaturationPlanes(const ISP2DLUTInStruct_V10& record,
         const int y = top + k * rowH;
         // The record's lightness of an HSL lightness: max + min of the 10-bit components.
         const int l10 = static_cast<int>(std::lround(kLevels[k] * 2 * 1023));
-        const double weight = 100.0 * lightnessWeight(record, l10) / kLightInvFull;
+        const double weight = 100.0 * weights[l10] / kLightInvFull;
         char text[128];
         std::snprintf(text, sizeof text,
                       "Lightness %.0f %% (L = %d of 2046): offsets applied at %.0f %%",
@@ -208,7 +209,8 @@ RgbImage plotLightnessWeight(const ISP2DLUTInStruct_V10& record) {
                m < 2 ? Align::Left : Align::Right);
     }
     std::vector<std::pair<double, double>> curve;
-    for (int l = 0; l <= 2046; ++l) curve.emplace_back(px(l), py(lightnessWeight(record, l)));
+    const std::vector<int32_t> weights = lightnessWeights(record);
+    for (int l = 0; l <= lut2d::kLightnessMax; ++l) curve.emplace_back(px(l), py(weights[l]));
     c.polyline(curve, kCurve, 2.5);
     c.text(x0 + w / 2.0, y0 + h + 26,
            "Lightness L = max + min of the 10-bit R, G, B (0..2046); HSL lightness = L / 2046",

@@ -145,23 +145,6 @@ std::string elementName(const FieldInfo& f, size_t i) {
     return std::string(f.name) + "[" + std::to_string(i) + "]";
 }
 
-int32_t spacingReciprocal(int32_t full, int32_t width) {
-    return width > 0 ? full / width : 0;
-}
-
-ISP2DLUTInStruct_V10 neutralRecord() {
-    ISP2DLUTInStruct_V10 r{};
-    r.enable = 1;
-    for (int i = 0; i < kHueNodes; ++i) {
-        r.lut_1d_h[i] = static_cast<uint16_t>(i * kHueTurn / (kHueNodes - 1));
-    }
-    for (int j = 0; j < kSatNodes; ++j) {
-        r.lut_1d_s[j] = static_cast<uint16_t>(j * kSatFull / (kSatNodes - 1));
-    }
-    setLightnessRamps(r, 0, 128, 1918, 2046);
-    return r;
-}
-
 void setLightnessRamps(ISP2DLUTInStruct_V10& r, uint16_t startA, uint16_t startB, uint16_t endA,
                        uint16_t endB) {
     r.l_boundary_start_A = startA;
@@ -187,13 +170,6 @@ void deriveReciprocals(ISP2DLUTInStruct_V10& r) {
         fit("l_boundary_start_inv", kLightInvFull, r.l_boundary_start_B - r.l_boundary_start_A));
     r.l_boundary_end_inv = static_cast<uint16_t>(
         fit("l_boundary_end_inv", kLightInvFull, r.l_boundary_end_B - r.l_boundary_end_A));
-}
-
-int32_t lightnessWeight(const ISP2DLUTInStruct_V10& r, int32_t l) {
-    if (l <= r.l_boundary_start_A || l >= r.l_boundary_end_B) return 0;
-    if (l < r.l_boundary_start_B) return (l - r.l_boundary_start_A) * r.l_boundary_start_inv;
-    if (l > r.l_boundary_end_A) return (r.l_boundary_end_B - l) * r.l_boundary_end_inv;
-    return kLightInvFull;
 }
 
 std::vector<std::string> recordProblems(const ISP2DLUTInStruct_V10& r) {

@@ -10,18 +10,29 @@
 #include <string_view>
 #include <vector>
 
+#include "common/int_math.h"
 #include "interface/orvix_lut2d.h"
+#include "interface/record_shape.h"
 
 namespace lut2d_tool {
 
 inline constexpr size_t kRecordBytes = sizeof(ISP2DLUTInStruct_V10);
-inline constexpr int kHueNodes = 25;
-inline constexpr int kSatNodes = 16;
-inline constexpr int kHueTurn = 12288;      // hue units in a full turn
-inline constexpr int kSatFull = 2048;       // saturation units at full saturation
-inline constexpr int kHueInvFull = 16384;   // lut_1d_h_inv = 16384 / interval width
-inline constexpr int kSatInvFull = 2048;    // lut_1d_s_inv = 2048 / interval width
-inline constexpr int kLightInvFull = 2048;  // l_boundary_*_inv = 2048 / ramp width
+using lut2d::gridEntry;
+using lut2d::kHueInvFull;
+using lut2d::kHueNodes;
+using lut2d::kHueTurn;
+using lut2d::kLightInvFull;
+using lut2d::kSatFull;
+using lut2d::kSatInvFull;
+using lut2d::kSatNodes;
+using lut2d::neutralRecord;
+using lut2d::spacingReciprocal;
+
+// The hue or saturation units one step of lut_2d_h or lut_2d_s stands for at a shift field's
+// value: 1 shifted by it under the library's signed shift rule (2^shift for a valid record).
+inline int32_t gridStep(uint16_t shift) {
+    return lut2d::signedShift(1, shift);
+}
 
 // One field of the record. Values are 16-bit; `get` and `set` read and write element `i`
 // (0 for a scalar) as a signed or unsigned number, by the field's type.
@@ -49,15 +60,6 @@ const FieldInfo& recordField(std::string_view name);
 // How problems name an element: "h_shift", "lut_1d_h[3]", "lut_2d_h[2][5] (entry 37)".
 std::string elementName(const FieldInfo& f, size_t i);
 
-// Integer reciprocal of a node spacing or lightness ramp: full / width, truncated.
-// Truncation never lets an interpolation weight exceed one whole interval.
-int32_t spacingReciprocal(int32_t full, int32_t width);
-
-// An enabled record that changes nothing: hue nodes every 512 units (15 degrees),
-// saturation nodes j * 2048 / 15, every offset 0, lightness ramps 0 -> 128 and
-// 1918 -> 2046, reciprocals derived.
-ISP2DLUTInStruct_V10 neutralRecord();
-
 // Sets the four lightness boundaries (in lightness units, 0..2046) and derives all
 // reciprocals.
 void setLightnessRamps(ISP2DLUTInStruct_V10& r, uint16_t startA, uint16_t startB, uint16_t endA,
@@ -67,13 +69,6 @@ void setLightnessRamps(ISP2DLUTInStruct_V10& r, uint16_t startA, uint16_t startB
 // lightness boundaries. A spacing that is not positive gives 0; one too narrow for its
 // reciprocal to fit gives the largest accepted value (recordProblems reports both).
 void deriveReciprocals(ISP2DLUTInStruct_V10& r);
-
-// The share of the hue and saturation offsets applied at lightness `l` (0..2046), in
-// 2048ths, as the four lightness boundaries and their reciprocals describe it: 0 at or below
-// l_boundary_start_A, rising by l_boundary_start_inv per step to full (2048) from
-// l_boundary_start_B, full up to l_boundary_end_A, falling by l_boundary_end_inv per step to
-// 0 at l_boundary_end_B. For plotting a usable record.
-int32_t lightnessWeight(const ISP2DLUTInStruct_V10& r, int32_t l);
 
 // Every way the record breaks a field's range or an invariant the library relies on, one
 // line each naming the field and index: nodes strictly increasing, hue nodes from 0 to

@@ -27,12 +27,12 @@ double hueDegrees(int32_t hue) {
     return hue * 360.0 / kHueTurn;
 }
 
-void printGrid(const ISP2DLUTInStruct_V10& r, const char* name, const char* unit, int shift) {
+void printGrid(const ISP2DLUTInStruct_V10& r, const char* name, const char* unit, uint16_t shift) {
     const FieldInfo& f = recordField(name);
     std::printf(
         "\n%s: offsets, each times %d %s (shift %d); rows: hue nodes, columns: "
         "saturation nodes\n",
-        name, 1 << shift, unit, shift);
+        name, gridStep(shift), unit, shift);
     std::printf("  node  deg |");
     for (int j = 0; j < kSatNodes; ++j) std::printf("%5d", j);
     std::printf("\n  ----------+%s\n", std::string(5 * kSatNodes, '-').c_str());
@@ -131,9 +131,9 @@ int runRecordShow(const fs::path& path) {
     std::printf("enable        %u (%s)\n", r.enable,
                 r.enable == 1 ? "frames are adjusted" : "frames pass through unchanged");
     std::printf("h_shift       %u (hue offsets in steps of %d hue units)\n", r.h_shift,
-                1 << (r.h_shift & 15));
+                gridStep(r.h_shift));
     std::printf("s_shift       %u (saturation offsets in steps of %d saturation units)\n",
-                r.s_shift, 1 << (r.s_shift & 15));
+                r.s_shift, gridStep(r.s_shift));
     std::printf("lightness     0 up to %u, rising to full at %u, full up to %u, 0 from %u\n",
                 r.l_boundary_start_A, r.l_boundary_start_B, r.l_boundary_end_A, r.l_boundary_end_B);
     std::printf(
@@ -150,8 +150,8 @@ int runRecordShow(const fs::path& path) {
                "lut_1d_h_inv", kHueInvFull, 360.0 / kHueTurn, "deg");
     printNodes(r, "saturation nodes (lut_1d_s, 2048 = 100 %) and lut_1d_s_inv", "lut_1d_s",
                "lut_1d_s_inv", kSatInvFull, 100.0 / kSatFull, "%");
-    printGrid(r, "lut_2d_h", "hue units", r.h_shift & 15);
-    printGrid(r, "lut_2d_s", "saturation units", r.s_shift & 15);
+    printGrid(r, "lut_2d_h", "hue units", r.h_shift);
+    printGrid(r, "lut_2d_s", "saturation units", r.s_shift);
     const std::vector<std::string> problems = recordProblems(r);
     std::printf("\n%zu problem%s (lut2d record check lists them)\n", problems.size(),
                 problems.size() == 1 ? "" : "s");

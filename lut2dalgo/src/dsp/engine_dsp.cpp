@@ -8,6 +8,7 @@
 #include <cstring>
 
 #include "../common/checked_math.h"
+#include "../common/fatal.h"
 #include "../common/lut2d_log.h"
 #include "../engine/plane_rows.h"
 #include "../engine/sw_2dlut_v10.h"
@@ -21,8 +22,8 @@ constexpr uint32_t kInitParam = 3;  // interpreted by the DSP module
 // A shared block that the DSP path cannot do without; its absence stops the process rather
 // than letting a copy run through a null pointer.
 template <typename T>
-T* requireShared(void* block) {
-    if (block == nullptr) __builtin_trap();
+T* requireShared(void* block, lut2d::SourceSite where = lut2d::SourceSite::current()) {
+    if (block == nullptr) lut2d::fatal("a shared block of the DSP path is missing", where);
     return static_cast<T*>(block);
 }
 

@@ -6,6 +6,7 @@
 
 #include "../common/checked_math.h"
 #include "../common/lut2d_log.h"
+#include "../interface/record_shape.h"
 #include "dsp_internal.h"
 #include "remote_runtime.h"
 #include "sw2dlut_dsp.h"
@@ -15,6 +16,11 @@ namespace {
 using lut2d::checkedAdd;
 using lut2d::checkedMul;
 using lut2d::checkedSub;
+using lut2d::kGridEntries;
+using lut2d::kHueIntervals;
+using lut2d::kHueNodes;
+using lut2d::kSatIntervals;
+using lut2d::kSatNodes;
 
 // Wall-clock time in microseconds from the time-of-day clock.
 uint64_t timeStamp() {
@@ -32,8 +38,6 @@ int timed(const char* what, Call call) {
     LUT2D_LOGI("%s: %lu us\n", what, static_cast<unsigned long>(checkedSub<uint64_t>(end, start)));
     return result;
 }
-
-constexpr uint32_t kTableCounts[6] = {25, 16, 400, 400, 24, 15};
 
 }  // namespace
 
@@ -95,12 +99,12 @@ int SW2DLUTExecute(SW2DLUTContext* ctx, const ISP2DLUTInStruct_V10* rec) {
     config.height = static_cast<uint16_t>(ctx->height);
     config.stride = static_cast<uint16_t>(ctx->stride);
     config.mode = ctx->mode;
-    config.lut_1d_h = {rec->lut_1d_h, kTableCounts[0]};
-    config.lut_1d_s = {rec->lut_1d_s, kTableCounts[1]};
-    config.lut_2d_h = {rec->lut_2d_h, kTableCounts[2]};
-    config.lut_2d_s = {rec->lut_2d_s, kTableCounts[3]};
-    config.lut_1d_h_inv = {rec->lut_1d_h_inv, kTableCounts[4]};
-    config.lut_1d_s_inv = {rec->lut_1d_s_inv, kTableCounts[5]};
+    config.lut_1d_h = {rec->lut_1d_h, kHueNodes};
+    config.lut_1d_s = {rec->lut_1d_s, kSatNodes};
+    config.lut_2d_h = {rec->lut_2d_h, kGridEntries};
+    config.lut_2d_s = {rec->lut_2d_s, kGridEntries};
+    config.lut_1d_h_inv = {rec->lut_1d_h_inv, kHueIntervals};
+    config.lut_1d_s_inv = {rec->lut_1d_s_inv, kSatIntervals};
     config.h_shift = rec->h_shift;
     config.s_shift = rec->s_shift;
     config.l_boundary_start_A = rec->l_boundary_start_A;

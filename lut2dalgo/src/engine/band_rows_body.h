@@ -248,9 +248,9 @@ LUT2D_FORCE_INLINE void storeHalves(uint8_t* p, U v) {
 // col - 2 and col + 16 are inside the row), in walk order: 32 keys.
 template <class Ops>
 LUT2D_FORCE_INLINE void eightBlockKeys(const RowPair& rp, uint32_t col, uint32_t* keys) {
-    U top[2] = {Ops::widen32(rp.lumaTop + col) << 22, Ops::widen32(rp.lumaTop + col + 8) << 22};
-    U bottom[2] = {Ops::widen32(rp.lumaBottom + col) << 22, Ops::widen32(rp.lumaBottom + col + 8)
-                                                                << 22};
+    auto lumaField = [](const uint8_t* p) { return to10Bit(Ops::widen32(p)) << 20; };
+    U top[2] = {lumaField(rp.lumaTop + col), lumaField(rp.lumaTop + col + 8)};
+    U bottom[2] = {lumaField(rp.lumaBottom + col), lumaField(rp.lumaBottom + col + 8)};
     if (rp.format <= kCrFirst) {
         // 9-3-3-1 as a vertical then a horizontal 3-1 step: with v = 3 x the centre row + the
         // row above (top pixels) or below (bottom pixels), a left pixel takes
@@ -287,8 +287,8 @@ LUT2D_FORCE_INLINE void eightBlockOutputs(const RowPair& rp, uint32_t col,
         top[h] = __builtin_shufflevector(w0, w1, 0, 1, 4, 5, 8, 9, 12, 13);
         bottom[h] = __builtin_shufflevector(w0, w1, 2, 3, 6, 7, 10, 11, 14, 15);
     }
-    storeBytes(rp.lumaOutTop + col, top[0] >> 22, top[1] >> 22);
-    storeBytes(rp.lumaOutBottom + col, bottom[0] >> 22, bottom[1] >> 22);
+    storeBytes(rp.lumaOutTop + col, to8Bit(top[0] >> 20), to8Bit(top[1] >> 20));
+    storeBytes(rp.lumaOutBottom + col, to8Bit(bottom[0] >> 20), to8Bit(bottom[1] >> 20));
     if (rp.format <= kCrFirst) {
         // Each column's two values halved, then the two columns of a block summed, / 8.
         auto columns = [&](int shift, int h) {
@@ -351,10 +351,10 @@ void fullResKeys(const RowPair& rp, uint32_t c0, uint32_t c1, CacheWalk& w) {
         } else if (oneColour(rp, col)) {
             const uint32_t y = rp.lumaTop[col];
             const uint32_t first = rp.centre[col], second = rp.centre[col + 1];
-            const uint32_t chroma = rp.format == kCbFirst   ? (4 * first) << 10 | 4 * second
-                                    : rp.format == kCrFirst ? (4 * second) << 10 | 4 * first
+            const uint32_t chroma = rp.format == kCbFirst   ? to10Bit(first) << 10 | to10Bit(second)
+                                    : rp.format == kCrFirst ? to10Bit(second) << 10 | to10Bit(first)
                                                             : 0;
-            const U k = U{} + (y << 22 | chroma);
+            const U k = U{} + (to10Bit(y) << 20 | chroma);
             for (size_t j = 0; j < kUnitKeys; j += 8) store(keys + j, k);
             uniform = true;
         } else {

@@ -32,8 +32,8 @@ LUT2D_FORCE_INLINE void blockKeys(const RowPair& rp, uint32_t col, uint32_t* key
     const uint32_t luma[4] = {rp.lumaTop[col], rp.lumaTop[col + 1], rp.lumaBottom[col],
                               rp.lumaBottom[col + 1]};
     for (int p = 0; p < 4; ++p) {
-        keys[p] =
-            packYuv10(static_cast<int32_t>(luma[p] * 4), chroma[uByte][p], chroma[1 - uByte][p]);
+        keys[p] = packYuv10(static_cast<int32_t>(to10Bit(luma[p])), chroma[uByte][p],
+                            chroma[1 - uByte][p]);
     }
 }
 
@@ -43,10 +43,10 @@ LUT2D_FORCE_INLINE void blockKeys(const RowPair& rp, uint32_t col, uint32_t* key
 LUT2D_FORCE_INLINE void blockOutputs(const RowPair& rp, uint32_t col, const uint32_t* results) {
     Yuv10 out[4];
     for (int p = 0; p < 4; ++p) out[p] = unpackYuv10(results[p]);
-    rp.lumaOutTop[col] = static_cast<uint8_t>(out[0].y >> 2);
-    rp.lumaOutTop[col + 1] = static_cast<uint8_t>(out[1].y >> 2);
-    rp.lumaOutBottom[col] = static_cast<uint8_t>(out[2].y >> 2);
-    rp.lumaOutBottom[col + 1] = static_cast<uint8_t>(out[3].y >> 2);
+    rp.lumaOutTop[col] = static_cast<uint8_t>(to8Bit(out[0].y));
+    rp.lumaOutTop[col + 1] = static_cast<uint8_t>(to8Bit(out[1].y));
+    rp.lumaOutBottom[col] = static_cast<uint8_t>(to8Bit(out[2].y));
+    rp.lumaOutBottom[col + 1] = static_cast<uint8_t>(to8Bit(out[3].y));
     if (rp.format <= kCrFirst) {
         const int uByte = rp.format == kCrFirst ? 1 : 0;
         const int32_t uo = ((out[1].u + out[3].u) / 2 + (out[0].u + out[2].u) / 2) / 8;

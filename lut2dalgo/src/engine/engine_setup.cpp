@@ -41,8 +41,8 @@ void fillLightWeightTable(uint16_t* table, const ISP2DLUTInStruct_V10& cfg) {
 }
 
 void buildIndexTables(SW_2DLut_v10& e) {
-    fillIndexTable(e.m_hueIndex, lut2d::kHueIndexEntries, e.m_cfg->lut_1d_h, 24);
-    fillIndexTable(e.m_satIndex, lut2d::kSatIndexEntries, e.m_cfg->lut_1d_s, 15);
+    fillIndexTable(e.m_hueIndex, lut2d::kHueIndexEntries, e.m_cfg->lut_1d_h, lut2d::kHueNodes - 1);
+    fillIndexTable(e.m_satIndex, lut2d::kSatIndexEntries, e.m_cfg->lut_1d_s, lut2d::kSatNodes - 1);
 }
 
 }  // namespace

@@ -6,6 +6,8 @@
 #include <cstring>
 
 #include "../common/checked_math.h"
+#include "../common/fatal.h"
+#include "../common/int_math.h"
 #include "plane_rows.h"
 
 namespace lut2d {
@@ -85,18 +87,20 @@ lut2d::StridedRoom bandRoom(const CopyThreadArgs& a) {
     return {planeBytes, planeBytes / 2};
 }
 
-// 8-bit samples become 10-bit ones by scaling by four; the way back truncates.
-inline uint16_t to10Bit(uint8_t v) {
-    return static_cast<uint16_t>(v * 4);
+// An 8-bit sample as a 16-bit planar 10-bit value, and back.
+uint16_t planar10(uint8_t v) {
+    return static_cast<uint16_t>(lut2d::to10Bit(uint32_t{v}));
 }
-inline uint8_t to8Bit(uint16_t v) {
-    return static_cast<uint8_t>(v >> 2);
+uint8_t interleaved8(uint16_t v) {
+    return static_cast<uint8_t>(lut2d::to8Bit(uint32_t{v}));
 }
 
 // Sample indices are signed 32-bit: the last luma index must stay below 2^31 and the last
 // chroma byte index (2 * pairs - 1) at or below 2^31 - 1.
 void checkSampleCounts(uint32_t lumaCount, uint32_t chromaPairs) {
-    if (lumaCount > 0x80000000u || chromaPairs > 0x40000000u) lut2d::overflowTrap();
+    if (lumaCount > 0x80000000u || chromaPairs > 0x40000000u) {
+        lut2d::fatal("more samples than signed 32-bit indices reach");
+    }
 }
 
 }  // namespace
@@ -120,19 +124,19 @@ void* copyOutputData_MT(void* args) {
 void SW_2DLut_v10::DeinterleaveCbCr(Lut2DImageData* src, ImageData10Bit* dst, uint32_t lumaCount,
                                     uint32_t chromaPairs) {
     checkSampleCounts(lumaCount, chromaPairs);
-    for (uint32_t i = 0; i < lumaCount; ++i) dst->pY[i] = to10Bit(src->pLuma[i]);
+    for (uint32_t i = 0; i < lumaCount; ++i) dst->pY[i] = planar10(src->pLuma[i]);
     for (uint32_t j = 0; j < chromaPairs; ++j) {
-        dst->pCb[j] = to10Bit(src->pChroma[2 * size_t{j}]);
-        dst->pCr[j] = to10Bit(src->pChroma[2 * size_t{j} + 1]);
+        dst->pCb[j] = planar10(src->pChroma[2 * size_t{j}]);
+        dst->pCr[j] = planar10(src->pChroma[2 * size_t{j} + 1]);
     }
 }
 
 void SW_2DLut_v10::InterleaveCbCr(ImageData10Bit* src, Lut2DImageData* dst, uint32_t lumaCount,
                                   uint32_t chromaPairs) {
     checkSampleCounts(lumaCount, chromaPairs);
-    for (uint32_t i = 0; i < lumaCount; ++i) dst->pLuma[i] = to8Bit(src->pY[i]);
+    for (uint32_t i = 0; i < lumaCount; ++i) dst->pLuma[i] = interleaved8(src->pY[i]);
     for (uint32_t j = 0; j < chromaPairs; ++j) {
-        dst->pChroma[2 * size_t{j}] = to8Bit(src->pCb[j]);
-        dst->pChroma[2 * size_t{j} + 1] = to8Bit(src->pCr[j]);
+        dst->pChroma[2 * size_t{j}] = interleaved8(src->pCb[j]);
+        dst->pChroma[2 * size_t{j} + 1] = interleaved8(src->pCr[j]);
     }
 }

@@ -14,6 +14,7 @@
 #include <utility>
 
 #include "../common/checked_math.h"
+#include "../common/fatal.h"
 #include "sw_2dlut_v10.h"
 
 namespace {
@@ -133,12 +134,11 @@ void blendRows(S* a, S* mid, const S* b, size_t count) {
 // (the last one being that of the last destination sample) fits in a signed 32-bit value.
 void checkGeometry(unsigned int width, unsigned int pitch, unsigned int height) {
     using lut2d::checkedAdd;
+    using lut2d::checkedCast;
     using lut2d::checkedMul;
-    if (width >= 0x80000000u || pitch >= 0x80000000u || height >= 0x80000000u) {
-        lut2d::overflowTrap();
-    }
+    for (const unsigned int size : {width, pitch, height}) (void)checkedCast<int32_t>(size);
     if (height == 0) return;
-    if (width == 0) lut2d::overflowTrap();
+    if (width == 0) lut2d::fatal("a plane of rows without columns to upscale");
     const int32_t dstPitch = checkedMul<int32_t>(2, pitch);
     const int32_t lastRow = checkedMul<int32_t>(checkedMul<int32_t>(2, height) - 1, dstPitch);
     (void)checkedAdd<int32_t>(lastRow, checkedMul<int32_t>(2, width) - 1);

@@ -41,7 +41,7 @@ bool vectorFormsAreExact(const KernelTables& k) {
         heaviest = k.lightWeight[l] > heaviest ? k.lightWeight[l] : heaviest;
     }
     int32_t widest = 0;
-    for (uint32_t i = 0; i < kGridCells; ++i) {
+    for (uint32_t i = 0; i < kGridEntries; ++i) {
         const int32_t s = scaledSatOffset(*k.cfg, i);
         widest = std::max(widest, s < 0 ? -(s + 1) : s);  // s = INT32_MIN cannot fit either
     }
@@ -56,11 +56,14 @@ void prepareBatchTables(BatchTables& t, const KernelTables& k) {
     t.vectorExact = vectorFormsAreExact(k);
 
     for (uint32_t h = 0; h < kHueIndexEntries; ++h) {
-        const uint32_t hi = std::min<uint32_t>(hueInterval(k, static_cast<int32_t>(h)), 24);
-        t.hueWord[h] = static_cast<int32_t>(hi * 16 | uint32_t(hueWeight(cfg, h, hi)) << 16);
+        const uint32_t hi =
+            std::min<uint32_t>(hueInterval(k, static_cast<int32_t>(h)), kHueNodes - 1);
+        t.hueWord[h] =
+            static_cast<int32_t>(gridEntry(hi, 0) | uint32_t(hueWeight(cfg, h, hi)) << 16);
     }
     for (uint32_t s = 0; s < kSatIndexEntries; ++s) {
-        const uint32_t si = std::min<uint32_t>(satInterval(k, static_cast<int32_t>(s)), 15);
+        const uint32_t si =
+            std::min<uint32_t>(satInterval(k, static_cast<int32_t>(s)), kSatNodes - 1);
         const uint32_t low = s < cfg.lut_1d_s[0] ? kSatLowBit : 0;
         t.satWord[s] = static_cast<int32_t>(si | low | uint32_t(satWeight(cfg, s, si)) << 16);
     }
@@ -71,13 +74,13 @@ void prepareBatchTables(BatchTables& t, const KernelTables& k) {
         t.lightWord[l] = static_cast<int32_t>((w & 0xFFFu) | (k.recipSat[den] & 0x1FFFu) << 12 |
                                               (k.shiftSat[den] & 0xFu) << 25);
     }
-    for (uint32_t i = 0; i < kGridHueNodes; ++i) {
-        for (uint32_t j = 0; j < kGridSatNodes; ++j) {
+    for (uint32_t i = 0; i < kHueNodes; ++i) {
+        for (uint32_t j = 0; j < kSatNodes; ++j) {
             const CellNodes c = cellNodes(i, j);
             auto hue = [&](int hn, int sn) { return scaledHueOffset(cfg, c.at[hn][sn]); };
             auto sat = [&](int hn, int sn) { return scaledSatOffset(cfg, c.at[hn][sn]); };
             const int32_t neutral = cellIsNeutral(cfg, c) ? kNeutralBit : 0;
-            GridCell& cell = t.cells[i * 16 + j];
+            GridCell& cell = t.cells[gridEntry(i, j)];
             cell.hueLo = baseAndDifference(hue(0, 0), hue(1, 0));
             cell.hueHi = baseAndDifference(hue(0, 1), hue(1, 1));
             cell.satLo = baseAndDifference(sat(0, 0), sat(1, 0), 15) | neutral;

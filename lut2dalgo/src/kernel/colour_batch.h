@@ -24,10 +24,6 @@
 
 namespace lut2d {
 
-inline constexpr uint32_t kGridHueNodes = 25;
-inline constexpr uint32_t kGridSatNodes = 16;
-inline constexpr uint32_t kGridCells = kGridHueNodes * kGridSatNodes;
-
 // The largest lightness weight for which the vector forms are exact: with the grid's largest
 // possible offset (|dH| < 491,520 for any 16-bit record) the weighted offset stays below 2^31.
 inline constexpr uint32_t kMaxVectorWeight = 4095;
@@ -61,7 +57,7 @@ struct BatchTables {
     // Lightness 0..2047 -> its 12-bit lightness weight | the reciprocal << 12 and the shift
     // << 25 of the saturation division by its denominator.
     alignas(64) int32_t lightWord[kLightWeightEntries];
-    GridCell cells[kGridCells];  // index hue interval * 16 + saturation interval
+    GridCell cells[kGridEntries];  // index gridEntry(hue interval, saturation interval)
 };
 
 // Prepares t for a frame from the kernel's tables as they are now.

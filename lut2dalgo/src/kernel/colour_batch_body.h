@@ -72,16 +72,15 @@ LUT2D_FORCE_INLINE V tableDivide(V a, V reciprocal, V shift) {
     return (V)((v + 1u) >> 1);
 }
 
-// ((w * diff + 8192) >> 14) + base along the hue axis, from a cell word: base | diff << 16.
-// w < 2^15 and |diff| <= 2^15, so the product stays within 2^30.
+// lerpHueAxis from a cell word, base | diff << 16: w < 2^15 and |diff| <= 2^15, so the
+// product stays within 2^30.
 LUT2D_FORCE_INLINE V lerpHue(V w, V base, V pair) {
-    return ((w * highHalf(pair) + 8192) >> 14) + base;
+    return interpolationStep(w, highHalf(pair), base, kHueWeightBits);
 }
 
-// a + ((w * (b - a) + 1024) >> 11) along the saturation axis: |a|, |b| < 98,304 and
-// w < 4096, so the product stays below 2^30.
+// lerpSatAxis: |a|, |b| < 98,304 and w < 4096, so the product stays below 2^30.
 LUT2D_FORCE_INLINE V lerpSat(V w, V a, V b) {
-    return a + ((w * (b - a) + 1024) >> 11);
+    return interpolationStep(w, b - a, a, kSatWeightBits);
 }
 
 // What the stages below hand on for eight colours.
@@ -99,9 +98,9 @@ LUT2D_FORCE_INLINE void toHsl(const BatchTables& t, V key, Stage& o) {
     const V y = lsr(key, 20);
     const V u = (lsr(key, 10) & 1023) - 512;
     const V v = (key & 1023) - 512;
-    const V g0 = clamp1023(y + ((-354 * u - 734 * v + 512) >> 10));
-    const V b0 = clamp1023(y + ((1822 * u + 512) >> 10));
-    const V r0 = clamp1023(y + ((1441 * v + 512) >> 10));
+    const V g0 = clamp1023(y + roundShift(-354 * u - 734 * v, kCstBits));
+    const V b0 = clamp1023(y + roundShift(1822 * u, kCstBits));
+    const V r0 = clamp1023(y + roundShift(1441 * v, kCstBits));
     o.r = r0;
     o.g = g0;
     o.b = b0;
@@ -158,19 +157,22 @@ LUT2D_FORCE_INLINE V finish(const BatchTables& t, const Stage& o) {
     const V dS = lerpSat(wS, sA, sB);
 
     // Weighted offsets (w <= kMaxVectorWeight keeps them in 32 bits), hue wrap, clamp.
-    const V hMoved = h + ((dH * o.w + 1024) >> 11);
-    const V hWrapped = (hMoved + ((hMoved < 0) & 12288) + ((hMoved > 12287) & 4096)) & 16383;
-    const V sMoved = vmin(vmax(s + ((dS * o.w + 1024) >> 11), splat(0)), splat(2048));
+    const V hMoved = h + roundShift(dH * o.w, kLightWeightBits);
+    const V hWrapped = (hMoved + ((hMoved < 0) & kHueTurn) +
+                        ((hMoved > kHueTurn - 1) & (kHueWrapMask + 1 - kHueTurn))) &
+                       kHueWrapMask;
+    const V sMoved =
+        vmin(vmax(s + roundShift(dS * o.w, kLightWeightBits), splat(0)), splat(kSatFull));
     const V h2 = lowSat ? h : hWrapped;
     const V s2 = lowSat ? s : sMoved;
 
     // HSL -> RGB; the hue's row is k mod 3 for k = (h + 2048) >> 12 in 0..4.
     const V den = l < 1024 ? l : 2046 - l;
-    const V ch2 = (den * s2 + 1024) >> 11;
+    const V ch2 = roundShift(den * s2, kSatBits);
     const V t2 = h2 + 2048;
     const V k = t2 >> 12;
     const V f = h2 - (t2 & ~4095);
-    const V x = (ch2 * (f < 0 ? -f : f) + 1024) >> 11;
+    const V x = roundShift(ch2 * (f < 0 ? -f : f), kHueSixthBits);
     const V row = k >= 3 ? k - 3 : k;
     const V xDown = (f < 0) & x;  // the channel before the largest (f < 0) or after it
     const V xUp = x - xDown;
@@ -188,9 +190,9 @@ LUT2D_FORCE_INLINE V finish(const BatchTables& t, const Stage& o) {
     const V b = neutral ? o.b : b1;
     // From RGB in 0..1023 every output lies in 0..1023 without the clamp: the luma row sums to
     // 1024, and each chroma row's positive and negative weights sum to 510 and -510.
-    const V yo = (601 * g + 117 * b + 306 * r + 512) >> 10;
-    const V uo = ((-338 * g + 510 * b - 172 * r + 512) >> 10) + 512;
-    const V vo = ((-427 * g - 83 * b + 510 * r + 512) >> 10) + 512;
+    const V yo = roundShift(601 * g + 117 * b + 306 * r, kCstBits);
+    const V uo = roundShift(-338 * g + 510 * b - 172 * r, kCstBits) + 512;
+    const V vo = roundShift(-427 * g - 83 * b + 510 * r, kCstBits) + 512;
     return (yo << 20) | (uo << 10) | vo;
 }
 
@@ -210,7 +212,7 @@ LUT2D_FORCE_INLINE void adjustGroups(const BatchTables& t, const V* keys, V* res
 // The low-resolution mode's 8-bit keys as 10-bit colours, and its results (blockColour and
 // blockResult in kernel_inline.h).
 LUT2D_FORCE_INLINE V blockColours(V key) {
-    return lsr(key, 16) << 22 | (lsr(key, 8) & 255) << 12 | (key & 255) << 2;
+    return to10Bit(lsr(key, 16)) << 20 | to10Bit(lsr(key, 8) & 255) << 10 | to10Bit(key & 255);
 }
 
 LUT2D_FORCE_INLINE V blockResults(V key, V adjusted) {

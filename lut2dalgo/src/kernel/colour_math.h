@@ -60,7 +60,7 @@ LUT2D_FORCE_INLINE Triple cstTransform(const CST_params& p, int32_t a, int32_t b
         int32_t s = checkedMul<int32_t>(row[0], d[0]);
         s = checkedAdd<int32_t>(s, checkedMul<int32_t>(row[1], d[1]));
         s = checkedAdd<int32_t>(s, checkedMul<int32_t>(row[2], d[2]));
-        int32_t t = shiftRightArith(checkedAdd<int32_t>(s, 512), 10);  // |t| < 2^22
+        int32_t t = checkedRoundShift(s, kCstBits);  // |t| < 2^22
         const bool useOut = k == 0 ? (kUse & kCstOutOffset1) != 0 : (kUse & kCstOutOffset23) != 0;
         if (useOut) t += p.outOffset[k];
         const int32_t hi = p.outMax[k];
@@ -138,13 +138,13 @@ LUT2D_FORCE_INLINE int32_t liftChannel(int32_t v, int32_t m) {
 // the range (12288 .. 16383, k = 4, as the masked hue wrap can produce) or below it gives
 // the colour of the same hue inside the range, exactly as k = 3 already does for red.
 LUT2D_FORCE_INLINE Rgb hslToRgb(int32_t h, int32_t s, int32_t l) {
-    const int32_t ch = shiftRightArith(
-        checkedAdd<int32_t>(checkedMul<int32_t>(lightnessDenominator(l), toInt16(s)), 1024), 11);
+    const int32_t ch =
+        checkedRoundShift(checkedMul<int32_t>(lightnessDenominator(l), toInt16(s)), kSatBits);
     const int32_t t = checkedAdd<int32_t>(h, 2048);
     const int32_t k = shiftRightArith(t, 12);
     const int32_t f = h - (t & ~int32_t{4095});  // -2048 <= f < 2048
     const int32_t absF = f < 0 ? -f : f;
-    const int32_t x = (toInt16(ch) * toInt16(absF) + 1024) >> 11;  // |product| <= 2^26
+    const int32_t x = roundShift(toInt16(ch) * toInt16(absF), kHueSixthBits);  // |.| <= 2^26
     int32_t row = k % 3;
     if (row < 0) row += 3;
     Rgb c{};

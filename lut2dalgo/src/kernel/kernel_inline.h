@@ -67,7 +67,7 @@ LUT2D_FORCE_INLINE Yuv10 adjustColour(const KernelTables& t, int32_t y, int32_t 
 // The low-resolution mode's 8-bit cache key, Yavg << 16 | U << 8 | V, as the 10-bit colour the
 // kernel adjusts (each field times 4).
 LUT2D_FORCE_INLINE uint32_t blockColour(uint32_t key) {
-    return (key >> 16) << 22 | (key >> 8 & 255u) << 12 | (key & 255u) << 2;
+    return to10Bit(key >> 16) << 20 | to10Bit(key >> 8 & 255u) << 10 | to10Bit(key & 255u);
 }
 
 // The low-resolution mode's result for an 8-bit key and its adjusted 10-bit colour: the luma
@@ -75,9 +75,9 @@ LUT2D_FORCE_INLINE uint32_t blockColour(uint32_t key) {
 // the new 8-bit chroma: offset << 16 | U'' << 8 | V''.
 LUT2D_FORCE_INLINE uint32_t blockResult(uint32_t key, uint32_t adjusted) {
     const Yuv10 a = unpackYuv10(adjusted);
-    const uint32_t offsetByte = (static_cast<uint32_t>(a.y >> 2) - (key >> 16)) ^ 128u;
-    return (offsetByte & 0xFF) << 16 | static_cast<uint32_t>(a.u >> 2) << 8 |
-           static_cast<uint32_t>(a.v >> 2);
+    const uint32_t offsetByte = (static_cast<uint32_t>(to8Bit(a.y)) - (key >> 16)) ^ 128u;
+    return (offsetByte & 0xFF) << 16 | static_cast<uint32_t>(to8Bit(a.u)) << 8 |
+           static_cast<uint32_t>(to8Bit(a.v));
 }
 
 // One 10-bit colour through a band's result cache: a colour seen before in this slice returns

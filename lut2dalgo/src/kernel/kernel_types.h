@@ -8,6 +8,7 @@
 #include <cstdint>
 
 #include "../interface/orvix_lut2d.h"
+#include "../interface/record_shape.h"
 
 // Fixed-point 3x3 colour-space transform parameters (21 signed 16-bit values).
 struct CST_params {
@@ -28,12 +29,15 @@ static_assert(sizeof(HM_RGB) == 8);
 
 namespace lut2d {
 
-inline constexpr uint32_t kDivTableSize = 1024;        // divisors 0..1023
-inline constexpr uint32_t kHueIndexEntries = 12289;    // hues 0..12288
-inline constexpr uint32_t kSatIndexEntries = 2049;     // saturations 0..2048
-inline constexpr uint32_t kLightWeightEntries = 2048;  // lightness 0..2047
-inline constexpr uint32_t kCacheEntries = 50000;       // HM_RGB entries per cache slice
-inline constexpr uint32_t kCacheModulus = 49999;       // index = key mod 49999
+inline constexpr uint32_t kCstBits = 10;                    // fraction bits of CST_params::coef
+inline constexpr uint32_t kDivTableSize = 1024;             // divisors 0..1023
+inline constexpr uint32_t kHueIndexEntries = kHueTurn + 1;  // hues 0..12288
+inline constexpr uint32_t kSatIndexEntries = kSatFull + 1;  // saturations 0..2048
+inline constexpr uint32_t kLightWeightEntries = kLightnessValues;  // lightness 0..2047
+inline constexpr uint32_t kCacheEntries = 50000;                   // HM_RGB entries per cache slice
+inline constexpr uint32_t kCacheModulus = 49999;                   // index = key mod 49999
+// The moved hue is wrapped into the hue range once, then kept to 14 bits (see wrapHue).
+inline constexpr int32_t kHueWrapMask = (1 << 14) - 1;
 
 // Everything one colour's adjustment reads: the tuning record (grid, nodes, reciprocals,
 // shifts), the division tables (saturation and hue copies), the index tables, the

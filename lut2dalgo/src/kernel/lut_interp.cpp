@@ -6,17 +6,17 @@
 #include "../engine/sw_2dlut_v10.h"
 #include "lut_math.h"
 
-using lut2d::toInt16;
 using lut2d::toUint16;
 
 namespace {
 
-// y0 + ((diff * w + 2^(q-1)) shifted by -q under the signed shift rule). The product is
-// kept to its low 32 bits; the sums must fit in 32 bits.
+// y0 + ((diff * w + 2^(q-1)) shifted by -q under the signed shift rule): for q from 1 to 31
+// the rounded shift of roundShift. The product is kept to its low 32 bits; the sums must fit
+// in 32 bits.
 int interpolateLinear(int q, int32_t diff, uint32_t w, int y0) {
     const auto product = static_cast<int32_t>(static_cast<uint32_t>(diff) * w);
-    const int32_t half = lut2d::shiftLeft(1, static_cast<uint32_t>(q) - 1u);
-    const int32_t t = lut2d::checkedAdd<int32_t>(product, half);
+    const int32_t t =
+        lut2d::checkedAdd<int32_t>(product, lut2d::roundingHalf(static_cast<uint32_t>(q)));
     const auto negQ = static_cast<int32_t>(0u - static_cast<uint32_t>(q));
     return lut2d::checkedAdd<int32_t>(y0, lut2d::signedShift(t, negQ));
 }
@@ -97,9 +97,7 @@ int SW_2DLut_v10::searchIndex(bool clampHigh, int n, unsigned short v, unsigned 
 
 int SW_2DLut_v10::linearInterpolation_Cmult32(int q, int /*unused*/, unsigned int w, int y0,
                                               int y1) {
-    const int32_t diff =
-        toInt16(static_cast<int32_t>(static_cast<uint32_t>(y1) - static_cast<uint32_t>(y0)));
-    return interpolateLinear(q, diff, w & 0xFFFFu, y0);
+    return interpolateLinear(q, lut2d::difference16(y1, y0), w & 0xFFFFu, y0);
 }
 
 int SW_2DLut_v10::linearInterpolation_Cmult64(int q, int /*unused*/, unsigned int w, int y0,

@@ -40,30 +40,28 @@ struct GridOffsets {
 };
 
 // One step along the hue axis: weight w has 14 fraction bits (0..32767), the difference and
-// the base are taken as signed 16 bits (the difference is formed modulo 2^32).
+// the base are taken as signed 16 bits, so |w x difference| <= 2^30.
 LUT2D_FORCE_INLINE int32_t lerpHueAxis(int32_t w, int32_t a, int32_t b) {
-    const int32_t diff =
-        toInt16(static_cast<int32_t>(static_cast<uint32_t>(b) - static_cast<uint32_t>(a)));
-    return shiftRightArith(w * diff + 8192, 14) + toInt16(a);  // |w * diff| <= 2^30
+    return interpolationStep(w, difference16(b, a), toInt16(a), kHueWeightBits);
 }
 
 // One step along the saturation axis: weight w has 11 fraction bits (0..4095); a and b come
 // from lerpHueAxis, so |a|, |b| < 98304 and the product stays below 2^30.
 LUT2D_FORCE_INLINE int32_t lerpSatAxis(int32_t w, int32_t a, int32_t b) {
-    return a + shiftRightArith(w * (b - a) + 1024, 11);
+    return interpolationStep(w, b - a, a, kSatWeightBits);
 }
 
 // Interpolation weight of hue h in hue interval hi (0..24): (inverse spacing x (h - node),
-// the difference taken modulo 2^16) kept to 15 bits, 14 of them fraction. The last interval
-// has no inverse: its weight is 0.
+// the difference taken modulo 2^16) kept to 15 bits, 14 of them fraction. The last node
+// starts no interval: its weight is 0.
 LUT2D_FORCE_INLINE int32_t hueWeight(const ISP2DLUTInStruct_V10& cfg, uint32_t h, uint32_t hi) {
-    const uint32_t inv = hi <= 23 ? cfg.lut_1d_h_inv[hi] : 0u;
+    const uint32_t inv = hi < kHueIntervals ? cfg.lut_1d_h_inv[hi] : 0u;
     return static_cast<int32_t>((inv * ((h - cfg.lut_1d_h[hi]) & 0xFFFFu)) & 0x7FFFu);
 }
 
 // The same for saturation s in saturation interval si (0..15), kept to 12 bits (11 fraction).
 LUT2D_FORCE_INLINE int32_t satWeight(const ISP2DLUTInStruct_V10& cfg, uint32_t s, uint32_t si) {
-    const uint32_t inv = si <= 14 ? cfg.lut_1d_s_inv[si] : 0u;
+    const uint32_t inv = si < kSatIntervals ? cfg.lut_1d_s_inv[si] : 0u;
     return static_cast<int32_t>((inv * ((s - cfg.lut_1d_s[si]) & 0xFFFFu)) & 0xFFFu);
 }
 
@@ -74,9 +72,10 @@ struct CellNodes {
 };
 
 LUT2D_FORCE_INLINE CellNodes cellNodes(uint32_t hi, uint32_t si) {
-    const uint32_t hNext = hi >= 23 ? 24 : hi + 1;
-    const uint32_t sNext = si >= 14 ? 15 : si + 1;
-    return {{{hi * 16 + si, hi * 16 + sNext}, {hNext * 16 + si, hNext * 16 + sNext}}};
+    const uint32_t hNext = hi >= kHueNodes - 2 ? kHueNodes - 1 : hi + 1;
+    const uint32_t sNext = si >= kSatNodes - 2 ? kSatNodes - 1 : si + 1;
+    return {{{gridEntry(hi, si), gridEntry(hi, sNext)},
+             {gridEntry(hNext, si), gridEntry(hNext, sNext)}}};
 }
 
 // Whether all eight grid values around the cell are zero: its pixels need no adjustment.
@@ -103,8 +102,8 @@ LUT2D_FORCE_INLINE int32_t scaledSatOffset(const ISP2DLUTInStruct_V10& cfg, uint
 // rule. Interval indices beyond 24 or 15 are treated as 24 or 15.
 LUT2D_FORCE_INLINE GridOffsets bilinearOffsets(const ISP2DLUTInStruct_V10& cfg, uint32_t h,
                                                uint32_t s, uint32_t hIdx, uint32_t sIdx) {
-    const uint32_t hi = hIdx > 24 ? 24 : hIdx;
-    const uint32_t si = sIdx > 15 ? 15 : sIdx;
+    const uint32_t hi = hIdx < kHueNodes ? hIdx : kHueNodes - 1;
+    const uint32_t si = sIdx < kSatNodes ? sIdx : kSatNodes - 1;
     const CellNodes c = cellNodes(hi, si);
     if (cellIsNeutral(cfg, c)) return {0, 0, true};
 
@@ -149,13 +148,13 @@ LUT2D_FORCE_INLINE uint16_t lightnessWeight(const ISP2DLUTInStruct_V10& cfg, uin
         case 1:
             return boundaryRamp(cfg.l_boundary_end_B, l, cfg.l_boundary_end_inv) & 4095u;
         default:
-            return 2048;
+            return kLightInvFull;
     }
 }
 
 // An offset d scaled by lightness weight w (Q11), rounded.
 LUT2D_FORCE_INLINE int32_t weightOffset(int32_t d, int32_t w) {
-    return shiftRightArith(checkedAdd<int32_t>(checkedMul<int32_t>(d, w), 1024), 11);
+    return checkedRoundShift(checkedMul<int32_t>(d, w), kLightWeightBits);
 }
 
 // ---- applying the offsets ----------------------------------------------------------------
@@ -165,15 +164,15 @@ LUT2D_FORCE_INLINE int32_t weightOffset(int32_t d, int32_t w) {
 LUT2D_FORCE_INLINE int32_t wrapHue(int32_t h) {
     uint32_t u = static_cast<uint32_t>(h);
     if (h < 0) {
-        u += 12288u;
-    } else if (h >= 12288) {
-        u += 4096u;
+        u += kHueTurn;
+    } else if (h >= kHueTurn) {
+        u += kHueWrapMask + 1 - kHueTurn;
     }
-    return static_cast<int32_t>(u & 16383u);
+    return static_cast<int32_t>(u & kHueWrapMask);
 }
 
 LUT2D_FORCE_INLINE int32_t clampSaturation(int32_t s) {
-    return s < 0 ? 0 : (s > 2048 ? 2048 : s);
+    return s < 0 ? 0 : (s > kSatFull ? kSatFull : s);
 }
 
 struct HueSat {

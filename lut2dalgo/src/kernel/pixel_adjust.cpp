@@ -29,5 +29,5 @@ int SW_2DLut_v10::get_luma_delta(int kb, int kr, int c1New, int c2New, int c3New
     const int32_t b = lut2d::toInt16(checkedSub<int32_t>(d1, d2));
     // Each product is below 2^31 in size; their sum may not be.
     const int32_t sum = checkedAdd<int32_t>(a * lut2d::toUint16(kb), b * lut2d::toUint16(kr));
-    return checkedAdd<int32_t>(d2, lut2d::shiftRightArith(checkedAdd<int32_t>(sum, 256), 9));
+    return checkedAdd<int32_t>(d2, lut2d::checkedRoundShift(sum, 9));
 }
