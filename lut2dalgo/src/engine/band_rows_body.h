@@ -1,7 +1,7 @@
 // The vector forms of the band workers' stages, written once over the compilers' portable
 // vector extensions and compiled once per instruction set. Each including file supplies an
-// Ops type with the two operations whose best form differs between instruction sets:
-//   static uint32_t mask8(U m);                               // bit k: lane k of m is set
+// Ops type with the operations whose best form differs between instruction sets:
+//   static uint32_t signs8(U v);                              // bit k: the top bit of lane k
 //   static void compress(U v, uint32_t bits, uint32_t* out);  // the lanes of v whose bit is
 //                                                             // set, in order, from out[0]
 //   static U chromaFields(U16x16 pairs, bool crFirst);  // for eight byte pairs (10-bit values)
@@ -36,15 +36,11 @@ inline namespace LUT2D_ISA_TAG {
 using U = uint32_t __attribute__((vector_size(32)));
 using V = int32_t __attribute__((vector_size(32)));
 using F = float __attribute__((vector_size(32)));
-using U64x4 = uint64_t __attribute__((vector_size(32)));
-using U32x4 = uint32_t __attribute__((vector_size(16)));
 using U16x16 = uint16_t __attribute__((vector_size(32)));
 using U16x8 = uint16_t __attribute__((vector_size(16)));
-using U16x4 = uint16_t __attribute__((vector_size(8)));
 using U8x32 = uint8_t __attribute__((vector_size(32)));
 using U8x16 = uint8_t __attribute__((vector_size(16)));
 using U8x8 = uint8_t __attribute__((vector_size(8)));
-using U8x4 = uint8_t __attribute__((vector_size(4)));
 
 static_assert(__BYTE_ORDER__ == __ORDER_LITTLE_ENDIAN__, "an HM_RGB entry is read as one word");
 
@@ -60,19 +56,11 @@ LUT2D_FORCE_INLINE void store(void* p, T v) {
     std::memcpy(p, &v, sizeof v);
 }
 
-// Eight bytes as 16-bit lanes, and eight 32-bit lanes narrowed to their low bytes.
-LUT2D_FORCE_INLINE U16x8 widen(const uint8_t* p) {
-    return __builtin_convertvector(load<U8x8>(p), U16x8);
-}
-
-// (A byte shuffle: compilers narrow lane by lane through general registers otherwise.)
+// Eight 32-bit lanes narrowed to their low bytes. (A byte shuffle: compilers narrow lane by
+// lane through general registers otherwise.)
 LUT2D_FORCE_INLINE void storeBytes(uint8_t* p, U v) {
     const U8x32 bytes = (U8x32)v;
     store(p, U8x8{__builtin_shufflevector(bytes, bytes, 0, 4, 8, 12, 16, 20, 24, 28)});
-}
-
-LUT2D_FORCE_INLINE U32x4 asPairs(U16x8 v) {
-    return load<U32x4>(&v);
 }
 
 // Slots of keys below 2^31: key mod 49999. The quotient through single precision is within
@@ -138,10 +126,10 @@ LUT2D_FORCE_INLINE U firstOfEqualKeys(U key, U lane) {
 // claim. When lanes share a slot with the same key, each repeat meets what the first of them
 // found or claimed: the same stored result (a hit), or the first's claim, which it hits. Lanes
 // that share a slot with different keys are walked one by one. (Keys are below 2^31.)
-// Keys i .. i + 7; place holds their places i + lane, the claims they would make.
-// Looks up the eight keys i .. i + 7 at their slots. place holds their places i + lane,
-// first the first lane with each lane's key (the lane itself when kRepeats is false): a repeat
-// meets what the first of its key found or claimed.
+
+// Looks up the eight keys i .. i + 7 at their slots. place holds their places i + lane, the
+// claims they would make; first holds the first lane with each lane's key (unused when
+// kRepeats is false): a repeat meets what the first of its key found or claimed.
 template <class Ops, bool kRepeats>
 LUT2D_FORCE_INLINE size_t lookUpGroup(HM_RGB* cache, CacheWalk& w, size_t i, U place, U k, U slot,
                                       U first, size_t misses) {
@@ -466,7 +454,7 @@ inline void lowResOutputs(const PairRow& pr, uint32_t b0, uint32_t b1, const Cac
     for (; b < b1; ++b) scalar::pairOutputs(pr, b, *results++);
 }
 
-// Portable forms of the two operations, for instruction sets without better ones.
+// Portable forms of the Ops operations, for instruction sets without better ones.
 struct PortableOps {
     LUT2D_FORCE_INLINE static U slots(U keys) { return cacheSlots(keys); }
     LUT2D_FORCE_INLINE static U16x16 widen16(const uint8_t* p) {
