@@ -5,8 +5,8 @@
 //
 // It has what the suite uses: TEST and TEST_F (SetUp, TearDown), the EXPECT_ and ASSERT_
 // comparisons with streamed messages, ADD_FAILURE, EXPECT_DEATH (the statement runs in a child
-// process; the pattern is not matched), SCOPED_TRACE, HasFailure and RecordProperty; and the
-// command line that CTest's test discovery uses: --gtest_list_tests and --gtest_filter.
+// process; the pattern is not matched), SCOPED_TRACE and HasFailure; and the command line that
+// CTest's test discovery uses: --gtest_list_tests and --gtest_filter with one pattern.
 #pragma once
 
 #include <cstdint>
@@ -44,12 +44,8 @@ class Test {
     virtual void TearDown() {}
     virtual void TestBody() = 0;
 
-    // Whether the running test has failed so far (fatally).
+    // Whether the running test has failed so far.
     static bool HasFailure();
-    static bool HasFatalFailure();
-    // Printed with the test's result.
-    static void RecordProperty(const std::string& key, const std::string& value);
-    static void RecordProperty(const std::string& key, int64_t value);
 };
 
 namespace internal {
@@ -102,7 +98,6 @@ Result compare(const char* opText, const char* a, const char* b, const A& va, co
 }
 
 Result isTrue(bool value, const char* text, bool expected);
-Result sameCString(const char* a, const char* b, const char* va, const char* vb);
 // Runs the statement in a child process; whether the child died (a signal or a non-zero exit).
 bool dies(const std::function<void()>& statement);
 
@@ -210,7 +205,6 @@ int runAllTests(int argc, char** argv);
 #define EXPECT_FALSE(c) LUT2D_GTEST_CHECK_(::testing::internal::isTrue(bool(c), #c, false), 0)
 #define ASSERT_TRUE(c) LUT2D_GTEST_CHECK_(::testing::internal::isTrue(bool(c), #c, true), 1)
 #define ASSERT_FALSE(c) LUT2D_GTEST_CHECK_(::testing::internal::isTrue(bool(c), #c, false), 1)
-#define EXPECT_STREQ(a, b) LUT2D_GTEST_CHECK_(::testing::internal::sameCString(#a, #b, a, b), 0)
 #define ADD_FAILURE() \
     ::testing::internal::AssertHelper(__FILE__, __LINE__, "Failed", false) = ::testing::Message()
 #define EXPECT_DEATH(statement, pattern)                                                          \
