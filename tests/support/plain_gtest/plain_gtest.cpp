@@ -62,23 +62,19 @@ bool Test::HasFailure() {
 
 namespace internal {
 
-std::string formatNumber(const char* format, ...) {
+std::string format(const char* fmt, ...) {
     char text[64];
     va_list ap;
-    va_start(ap, format);
-    std::vsnprintf(text, sizeof text, format, ap);
+    va_start(ap, fmt);
+    std::vsnprintf(text, sizeof text, fmt, ap);
     va_end(ap);
     return text;
 }
 
-Result failure(std::string text) {
-    return {false, std::move(text)};
-}
-
 Result isTrue(bool value, const char* text, bool expected) {
     if (value == expected) return {};
-    return failure(std::string("Value of: ") + text + "\n  Actual: " + (value ? "true" : "false") +
-                   "\nExpected: " + (expected ? "true" : "false"));
+    return {false, std::string("Value of: ") + text + "\n  Actual: " + (value ? "true" : "false") +
+                       "\nExpected: " + (expected ? "true" : "false")};
 }
 
 bool dies(const std::function<void()>& statement) {
@@ -97,14 +93,12 @@ bool dies(const std::function<void()>& statement) {
 }
 
 void AssertHelper::operator=(const Message& message) const {
-    recordFailure(file_, line_, message.str().empty() ? text_ : text_ + "\n" + message.str(),
-                  fatal_);
+    recordFailure(file, line, message.str().empty() ? text : text + "\n" + message.str(), fatal);
 }
 
 void ScopedTrace::push(const char* file, int line, const std::string& text) {
     const std::lock_guard<std::mutex> lock(g_mutex);
-    g_traces.push_back(std::string("Trace: ") + file + ":" + formatNumber("%d", line) + ": " +
-                       text);
+    g_traces.push_back(std::string("Trace: ") + file + ":" + format("%d", line) + ": " + text);
 }
 
 ScopedTrace::~ScopedTrace() {
