@@ -48,64 +48,56 @@ def tokens(text):
             yield ("punct", m.group("punct"))
 
 
-class Parser:
-    def __init__(self, text):
-        self.toks = list(tokens(text))
-        self.i = 0
+def parse(text):
+    """Blueprint's modules as (kind, properties) pairs: properties are strings, integers,
+    booleans, lists and maps, joined with +."""
+    toks = list(tokens(text)) + [(None, None)]
+    pos = 0
 
-    def peek(self):
-        return self.toks[self.i] if self.i < len(self.toks) else (None, None)
-
-    def take(self, kind=None, value=None):
-        tok = self.peek()
+    def take(kind=None, value=None):
+        nonlocal pos
+        tok = toks[pos]
         if tok[0] is None or (kind and tok[0] != kind) or (value and tok[1] != value):
             raise BlueprintError(f"expected {value or kind}, found {tok[1]!r}")
-        self.i += 1
+        pos += 1
         return tok[1]
 
-    def modules(self):
+    def items(close, item):  # item, item, ... close; a trailing comma is allowed
         out = []
-        while self.peek()[0] is not None:
-            kind = self.take("id")
-            out.append((kind, self.properties("}")))
+        while toks[pos] != ("punct", close):
+            out.append(item())
+            if toks[pos] == ("punct", ","):
+                take()
+        take("punct", close)
         return out
 
-    def properties(self, close):
-        self.take("punct", "{")
-        props = {}
-        while self.peek() != ("punct", close):
-            name = self.take("id")
-            self.take("punct", ":")
-            props[name] = self.expression()
-            if self.peek() == ("punct", ","):
-                self.take()
-        self.take("punct", close)
-        return props
+    def prop():
+        name = take("id")
+        take("punct", ":")
+        return name, expression()
 
-    def expression(self):
-        value = self.operand()
-        while self.peek() == ("punct", "+"):
-            self.take()
-            value = value + self.operand()
-        return value
-
-    def operand(self):
-        kind, value = self.peek()
+    def expression():
+        kind, value = toks[pos]
+        take()
         if kind == "value":
-            self.i += 1
-            return value
-        if (kind, value) == ("punct", "["):
-            self.take()
-            items = []
-            while self.peek() != ("punct", "]"):
-                items.append(self.expression())
-                if self.peek() == ("punct", ","):
-                    self.take()
-            self.take()
-            return items
-        if (kind, value) == ("punct", "{"):
-            return self.properties("}")
-        raise BlueprintError(f"unexpected {value!r}")
+            result = value
+        elif value == "[":
+            result = items("]", expression)
+        elif value == "{":
+            result = dict(items("}", prop))
+        else:
+            raise BlueprintError(f"unexpected {value!r}")
+        if toks[pos] == ("punct", "+"):
+            take()
+            result = result + expression()
+        return result
+
+    modules = []
+    while toks[pos][0] is not None:
+        kind = take("id")
+        take("punct", "{")
+        modules.append((kind, dict(items("}", prop))))
+    return modules
 
 
 def effective(module, defaults, arch, key):
@@ -144,7 +136,7 @@ def run_genrule(rule, root, out):
 def check(bp_path, cmake):
     root = os.path.dirname(os.path.abspath(bp_path))
     with open(bp_path, encoding="utf-8") as f:
-        modules = Parser(f.read()).modules()
+        modules = parse(f.read())
     by_name = {props["name"]: (kind, props) for kind, props in modules}
     defaults = {n: p for n, (k, p) in by_name.items() if k == "cc_defaults"}
     arch = ARCH[cmake["processor"]]

@@ -40,6 +40,39 @@ void fillRandom(Frame& frame, uint32_t seed) {
     for (auto& b : frame.chroma) b = static_cast<uint8_t>(rng());
 }
 
+void fillPatches(Frame& f, std::mt19937& rng) {
+    fillRandom(f, static_cast<uint32_t>(rng()));
+    uint8_t palette[5][3];  // luma, first and second chroma byte
+    for (auto& c : palette) c[0] = uint8_t(rng()), c[1] = uint8_t(rng()), c[2] = uint8_t(rng());
+    const uint32_t cell = static_cast<uint32_t>(pick(rng, 2, 40)), hash = rng(), s = f.info.stride;
+    auto colour = [&](uint32_t x, uint32_t y) {
+        return palette[((x / cell * 2654435761u) ^ (y / 4 * 40503u) ^ hash) % 5];
+    };
+    for (uint32_t y = 0; y < f.info.height; ++y) {
+        for (uint32_t x = 0; x < f.info.width; ++x) {
+            f.luma[size_t{s} * y + x] = colour(x, y)[0];
+            if (y % 2 == 0 && y + 1 < f.info.height)
+                f.chroma[size_t{s} * (y / 2) + x] = colour(x & ~1u, y)[1 + x % 2];
+        }
+    }
+}
+
+std::string describe(Lut2DMode mode, const Lut2DImageInfo& g) {
+    return std::string(mode == LUT2D_MODE_CHRUS ? "full " : "low ") + std::to_string(g.width) +
+           "x" + std::to_string(g.height) + " pitch " + std::to_string(g.stride) + " format " +
+           std::to_string(g.format);
+}
+
+std::string firstDifference(const char* unitName, const uint8_t* actual, const uint8_t* expected,
+                            size_t bytes, size_t unit) {
+    const auto [a, e] = std::mismatch(actual, actual + bytes, expected);
+    if (a == actual + bytes) return "";
+    const auto i = static_cast<size_t>(a - actual);
+    return std::string(unitName) + " " + std::to_string(i / unit) + " byte " +
+           std::to_string(i % unit) + ": " + std::to_string(*a) + ", expected " +
+           std::to_string(*e);
+}
+
 SetUpEngine::SetUpEngine(ISP2DLUTInStruct_V10* record, Lut2DMode mode, Lut2DImageInfo info) {
     EXPECT_EQ(e.InitLut2D(record, mode, info), LUT2D_OK);
 }

@@ -7,6 +7,7 @@
 #include <cstdint>
 #include <memory>
 #include <random>
+#include <string>
 #include <vector>
 
 #include "engine/sw_2dlut_v10.h"
@@ -74,6 +75,17 @@ struct Frame {
 
 // Every byte of both planes, row padding included, random.
 void fillRandom(Frame& frame, uint32_t seed);
+
+// Row padding random, the frame rectangles of five colours (units of one key, repeated keys).
+void fillPatches(Frame& frame, std::mt19937& rng);
+
+// "full 64x32 pitch 64 format 0", for a failure's message.
+std::string describe(Lut2DMode mode, const Lut2DImageInfo& info);
+
+// Where two byte ranges first differ, in units of `unit` bytes (rows, cache entries); nothing
+// when they are equal.
+std::string firstDifference(const char* unitName, const uint8_t* actual, const uint8_t* expected,
+                            size_t bytes, size_t unit);
 
 // An engine object set up on a record as InitLut2D sets one up, released at the end.
 struct SetUpEngine {

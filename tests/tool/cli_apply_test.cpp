@@ -162,22 +162,13 @@ TEST(Commands, RefuseBadInputWithoutTouchingAnyFile) {
     setLightnessRamps(order, 0, 128, 100, 2046);
     writeRecordFile(dir / "order.bin", order);
     writeText(dir / "short.bin", std::string(1000, '\0'));
-    writeText(dir / "fake.png", "hello");
     writeText(dir / "f.nv12", frameBytes(YuvFrame({64, 48, 64})));
     writeText(dir / "two.nv12", readText(dir / "f.nv12") + readText(dir / "f.nv12"));
     savePicture(dir / "p.png", RgbImage(64, 48));
-    RgbImage photo(64, 48);
-    for (size_t i = 0; i < photo.pixels.size(); ++i) photo.pixels[i] = uint8_t(i * 7919 % 251);
-    savePicture(dir / "photo.jpg", photo, 90);
     writeText(dir / "p.xyz", readText(dir / "p.png"));
     writeText(dir / "f.yuv", readText(dir / "f.nv12"));
     writeText(dir / "f_64x48_64x46.nv12", readText(dir / "f.nv12"));
     writeText(dir / "bad.y4m", "YUV4MPEG2 W64 H48 C422\nFRAME\n");
-    // A header claiming 37000x37000 and nothing else.
-    const std::vector<uint8_t> huge = pngHeaderOnly(37000, 37000);
-    writeText(dir / "huge.png", std::string(huge.begin(), huge.end()));
-    const std::string jpeg = readText(dir / "photo.jpg");
-    writeText(dir / "cut.jpg", jpeg.substr(0, jpeg.size() / 2));
     const std::string raw = "apply f.nv12 -r n.json --size 64x48 ";
     const struct {
         std::string args, message;
@@ -185,9 +176,6 @@ TEST(Commands, RefuseBadInputWithoutTouchingAnyFile) {
         long lines = 1;
     } cases[] = {
         {"apply missing.png o.png -r n.json", "missing.png: cannot open"},
-        {"apply fake.png o.png -r n.json", "fake.png: not a picture lut2d reads"},
-        {"apply huge.png o.png -r n.json", "huge.png: 37000x37000 is 1369 megapixels, more than"},
-        {"apply cut.jpg o.png -r n.json", "cut.jpg: not a readable picture: "},
         {"apply p.png o.bmp -r n.json", "o.bmp: lut2d cannot write a .bmp name; it writes"},
         {"apply p.xyz o.png -r n.json", "p.xyz: lut2d does not know what a .xyz name holds"},
         {"apply f.yuv o.nv12 -r n.json --size 64x48",
@@ -207,9 +195,7 @@ TEST(Commands, RefuseBadInputWithoutTouchingAnyFile) {
         {"apply f.nv12 o.nv12 -r n.json --size 64by48", "--size 64by48: expected WIDTHxHEIGHT"},
         {"apply f.nv12 o.nv12 -r n.json --size 64x46",
          "f.nv12: 4608 bytes is not a whole number of 64x46 frames (stride 64: 4416 bytes each)"},
-        {raw + "o.nv12 --stride 62", "f.nv12: stride 62 must be even, at least the width"},
         {raw + "f.nv12", "f.nv12: is also an input (f.nv12)"},
-        {raw + "n.json", "n.json: lut2d cannot write a .json name"},
         {raw + "o.nv12 --compare c.yuv", "--compare c.yuv: the comparison is a picture"},
         // The output is under way when the comparison turns out unwritable.
         {raw + "o.nv12 --compare no/dir/c.png", "no/dir/c.png: cannot write in"},

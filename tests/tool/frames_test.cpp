@@ -102,16 +102,6 @@ TEST(ColourRange, ConvertsKnownValues) {
     EXPECT_EQ(full.chroma, (std::vector<uint8_t>{16, 240, 128, 100, 9, 9}));
 }
 
-TEST(ColourRange, LimitedValuesComeBackFromFullRangeExactly) {
-    YuvFrame all(FrameGeometry{256, 2, 256, ChromaOrder::Nv12});
-    for (int v = 0; v < 256; ++v) all.luma[v] = all.luma[256 + v] = all.chroma[v] = uint8_t(v);
-    YuvFrame back = all;
-    limitedToFull(back);
-    fullToLimited(back);
-    for (int v = 16; v <= 235; ++v) EXPECT_EQ(back.luma[v], v);
-    for (int v = 16; v <= 240; ++v) EXPECT_EQ(back.chroma[v], v);
-}
-
 TEST(RawLayouts, InterleavePlanarChroma) {
     // 4x2 with stride 6: luma 12 bytes; I420 chroma: a Cb plane of 3 bytes, a Cr plane of 3.
     const std::vector<uint8_t> i420 = {1,  2,  3,  4,  5,  6,  7,  8,  9,
@@ -177,7 +167,6 @@ TEST(Y4m, ReadsFfmpegClipsAndWritesThemBackByteForByte) {
     const struct {
         std::string bytes, message;
     } bad[] = {
-        {"YUV4MPEG2 W8 H4\nFRAME\n", "c.y4m: frame size 8x4: a height of 4 rows cannot be"},
         {"YUV4MPEG2 W8\n", "c.y4m: y4m header has no frame size"},
         {"YUV4MPEG W8 H4\n", "c.y4m: not a y4m clip"},
         {header + "FRAME\n" + std::string(71, 'a'), "c.y4m: y4m frame 1 is cut short: 71 of 72"},

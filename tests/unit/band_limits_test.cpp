@@ -10,7 +10,6 @@
 #include <cstdlib>
 #include <cstring>
 #include <string>
-#include <tuple>
 #include <vector>
 
 #include "support/fixtures.h"
@@ -25,9 +24,7 @@ struct Geometry {
 };
 
 std::string describe(const Geometry& g, uint32_t format) {
-    return std::string(g.mode == LUT2D_MODE_CHRUS ? "full " : "low ") + std::to_string(g.width) +
-           "x" + std::to_string(g.height) + " pitch " + std::to_string(g.stride) + " format " +
-           std::to_string(format);
+    return lut2d_test::describe(g.mode, {g.width, g.height, g.stride, format});
 }
 
 // Beyond the records in one dimension or more; the last three of each mode have row bands
@@ -87,16 +84,10 @@ Frame process(const Geometry& g, uint32_t format, ISP2DLUTInStruct_V10& record, 
 
 // The first place where two frames differ, or nothing.
 std::string difference(const Frame& a, const Frame& b) {
-    for (const auto& [name, x, y] :
-         {std::tuple{"luma", &a.luma, &b.luma}, std::tuple{"chroma", &a.chroma, &b.chroma}}) {
-        const auto at = std::mismatch(x->begin(), x->end(), y->begin()).first;
-        if (at == x->end()) continue;
-        const auto i = static_cast<size_t>(at - x->begin());
-        return std::string(name) + " byte " + std::to_string(i) + " (row " +
-               std::to_string(i / a.info.stride) + "): " + std::to_string((*x)[i]) + " vs " +
-               std::to_string((*y)[i]);
-    }
-    return "";
+    return lut2d_test::firstDifference("luma row", a.luma.data(), b.luma.data(), a.luma.size(),
+                                       a.info.stride) +
+           lut2d_test::firstDifference("chroma row", a.chroma.data(), b.chroma.data(),
+                                       a.chroma.size(), a.info.stride);
 }
 
 // A grey frame under a record that moves nothing comes back exactly as it was: any byte the

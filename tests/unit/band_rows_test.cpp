@@ -144,26 +144,8 @@ TEST(BandRows, VectorSlotsAreTheKeyModulo49999) {
 
 struct BandCase {
     Lut2DMode mode;
-    uint32_t width, height, stride, format;
+    Lut2DImageInfo info;
 };
-
-// Frame content: random, or blocks of a few colours (units of one colour, repeated keys).
-void fillFrame(Frame& f, std::mt19937& rng, bool patches) {
-    lut2d_test::fillRandom(f, static_cast<uint32_t>(rng()));
-    if (!patches) return;
-    uint8_t palette[4][3];
-    for (auto& c : palette) c[0] = uint8_t(rng()), c[1] = uint8_t(rng()), c[2] = uint8_t(rng());
-    const uint32_t w = f.info.width, s = f.info.stride;
-    const int size = pick(rng, 2, 40);
-    auto colour = [&](uint32_t x, uint32_t y) { return palette[(x / size + y / 3) % 4]; };
-    for (uint32_t y = 0; y < f.info.height; ++y) {
-        for (uint32_t x = 0; x < w; ++x) f.luma[size_t{s} * y + x] = colour(x, y)[0];
-    }
-    for (uint32_t r = 0; r < f.info.height / 2; ++r) {
-        for (uint32_t x = 0; x < w; ++x)
-            f.chroma[size_t{s} * r + x] = colour(x & ~1u, 2 * r)[1 + x % 2];
-    }
-}
 
 // The band's frame and slice after three frames through the given stages.
 struct BandState {
@@ -175,12 +157,16 @@ struct BandState {
 BandState runBands(const lut2d::FrameKernels& k, const BandCase& c, Tables& t, uint32_t seed) {
     std::mt19937 rng(seed);
     t.record = lut2d_test::busyRecord(seed);
-    BandState s{Frame(c.width, c.height, c.stride, c.format), {}, {}};
-    s.slice = makeSlice(rng, {});
+    const auto [width, height, stride, format] = c.info;
+    BandState s{Frame(c.info), {}, makeSlice(rng, {})};
     const bool full = c.mode == LUT2D_MODE_CHRUS;
-    s.extra.assign(size_t{c.stride} * c.height / 2 + 1, 0);
+    s.extra.assign(size_t{stride} * height / 2 + 1, 0);
     for (int frame = 0; frame < 3; ++frame) {
-        fillFrame(s.frame, rng, frame != 1);
+        if (frame == 1) {
+            lut2d_test::fillRandom(s.frame, static_cast<uint32_t>(rng()));
+        } else {
+            lut2d_test::fillPatches(s.frame, rng);
+        }
         t.record.lut_2d_h[pick(rng, 0, 399)] = static_cast<int16_t>(pick(rng, -511, 511));
         t.prepare();
         lut2d::BandWork work{};
@@ -192,13 +178,13 @@ BandState runBands(const lut2d::FrameKernels& k, const BandCase& c, Tables& t, u
         a.pLumaOut = full ? s.frame.luma.data() : nullptr;
         a.pChromaOut = full ? s.extra.data() : s.frame.chroma.data();
         a.pLumaOffset = full ? nullptr : s.extra.data();
-        a.width = static_cast<uint16_t>(full ? c.width : c.width / 2);
-        a.stride = static_cast<uint16_t>(full ? c.stride : c.stride / 2);
-        a.height = static_cast<uint16_t>(full ? c.height : 0);
+        a.width = static_cast<uint16_t>(full ? width : width / 2);
+        a.stride = static_cast<uint16_t>(full ? stride : stride / 2);
+        a.height = static_cast<uint16_t>(full ? height : 0);
         a.startRow = 0;
-        a.endRow = static_cast<uint16_t>(full ? c.height : c.height / 2);
+        a.endRow = static_cast<uint16_t>(full ? height : height / 2);
         a.pScratch = reinterpret_cast<uint8_t*>(s.slice.data());
-        a.format = c.format;
+        a.format = format;
         if (full) {
             lut2d::fullResolutionBand(work);
         } else {
@@ -214,17 +200,15 @@ TEST(BandRows, VectorBandsWriteTheScalarBandsBytesAndSlices) {
     std::vector<BandCase> cases;
     for (int n = 0; n < 40 / kScale; ++n) {
         const auto width = static_cast<uint32_t>(pick(rng, 1, 90) * 2);
-        cases.push_back({n % 2 == 0 ? LUT2D_MODE_CHRUS : LUT2D_MODE_YDS, width,
-                         static_cast<uint32_t>(pick(rng, 1, 12) * 2),
-                         width + static_cast<uint32_t>(pick(rng, 0, 3) * 2),
-                         static_cast<uint32_t>(pick(rng, 0, 2))});
+        cases.push_back({n % 2 == 0 ? LUT2D_MODE_CHRUS : LUT2D_MODE_YDS,
+                         {width, static_cast<uint32_t>(pick(rng, 1, 12) * 2),
+                          width + static_cast<uint32_t>(pick(rng, 0, 3) * 2),
+                          static_cast<uint32_t>(pick(rng, 0, 2))}});
     }
-    cases.push_back({LUT2D_MODE_CHRUS, 1100, 6, 1104, 0});  // chunks of a row
-    cases.push_back({LUT2D_MODE_YDS, 2200, 4, 2200, 1});
+    cases.push_back({LUT2D_MODE_CHRUS, {1100, 6, 1104, 0}});  // chunks of a row
+    cases.push_back({LUT2D_MODE_YDS, {2200, 4, 2200, 1}});
     for (const BandCase& c : cases) {
-        SCOPED_TRACE(std::string(c.mode == LUT2D_MODE_CHRUS ? "full " : "low ") +
-                     std::to_string(c.width) + "x" + std::to_string(c.height) + " pitch " +
-                     std::to_string(c.stride) + " format " + std::to_string(c.format));
+        SCOPED_TRACE(lut2d_test::describe(c.mode, c.info));
         const auto seed = static_cast<uint32_t>(rng());
         const BandState expected = runBands(
             {scalarRows(), lut2d::ColourKernel{lut2d::AdjustColours_C, lut2d::AdjustBlocks_C}}, c,

@@ -1,5 +1,4 @@
-// Integer helpers (16-bit truncation and difference, the signed and rounded shifts) and the
-// fatal stop.
+// The checked arithmetic and the fatal stop.
 
 #include <gtest/gtest.h>
 
@@ -8,47 +7,12 @@
 #include <string>
 
 #include "common/checked_math.h"
-#include "common/int_math.h"
 #include "dsp/sw2dlut_dsp.h"
 #include "engine/plane_copy.h"
 #include "engine/sw_2dlut_v10.h"
 #include "support/log_capture.h"
 
 namespace {
-
-TEST(IntMath, SixteenBitTruncation) {
-    EXPECT_EQ(lut2d::toInt16(70000), 4464);
-    EXPECT_EQ(lut2d::toInt16(32768), -32768);
-    EXPECT_EQ(lut2d::toInt16(-1), -1);
-    EXPECT_EQ(lut2d::toInt16(65535), -1);
-    EXPECT_EQ(lut2d::toUint16(-1), 65535);
-}
-
-TEST(IntMath, SignedShiftRule) {
-    EXPECT_EQ(lut2d::signedShift(-511, 5), -16352);
-    EXPECT_EQ(lut2d::signedShift(100, 0), 100);
-    EXPECT_EQ(lut2d::signedShift(-100, -2), -25);  // arithmetic: floors
-    EXPECT_EQ(lut2d::signedShift(-101, -2), -26);
-    EXPECT_EQ(lut2d::signedShift(1, 0xFFFF), 0);    // 0xFFFF is -1: shift right by 1
-    EXPECT_EQ(lut2d::signedShift(3, 33), 6);        // count taken modulo 32
-    EXPECT_EQ(lut2d::signedShift(-8, -32768), -8);  // magnitude 32768 -> count 0
-}
-
-// Halves round up, on both sides of zero.
-TEST(IntMath, RoundedShiftRoundsToTheNearest) {
-    EXPECT_EQ(lut2d::roundShift(3, 1), 2);
-    EXPECT_EQ(lut2d::roundShift(-3, 1), -1);
-    EXPECT_EQ(lut2d::roundShift(-1024, 11), 0);
-    EXPECT_EQ(lut2d::roundShift(-1025, 11), -1);
-    EXPECT_EQ(lut2d::roundShift(8191, 14), 0);
-    EXPECT_EQ(lut2d::roundShift(8192, 14), 1);
-}
-
-TEST(IntMath, SixteenBitDifferenceWraps) {
-    EXPECT_EQ(lut2d::difference16(70000, 0), 4464);
-    EXPECT_EQ(lut2d::difference16(-32768, 1), 32767);
-    EXPECT_EQ(lut2d::difference16(INT_MIN, INT_MAX), 1);
-}
 
 using FatalStopDeathTest = ::testing::Test;
 

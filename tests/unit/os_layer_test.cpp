@@ -7,6 +7,7 @@
 #include <cerrno>
 #include <chrono>
 #include <ctime>
+#include <string>
 
 #include "os/os_layer.h"
 
@@ -46,7 +47,7 @@ TEST_F(OsLayer, NamedThreadRunsAndIsJoinedWithItsResult) {
     ASSERT_EQ(os_thread_create_ex(&t, raise, this, 0, name), 0);
     char named[16] = {};
     pthread_getname_np(t, named, sizeof named);
-    EXPECT_STREQ(named, "lut2d-copy");
+    EXPECT_EQ(std::string(named), "lut2d-copy");
     ASSERT_EQ(os_mutex_unlock(&m), 0);
     void* result = nullptr;
     ASSERT_EQ(os_thread_join(&t, &result), 0);

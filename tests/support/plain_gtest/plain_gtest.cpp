@@ -44,31 +44,13 @@ void recordFailure(const char* file, int line, const std::string& text, bool fat
     std::fflush(stdout);
 }
 
-// GoogleTest's filter: patterns separated by ':', then optionally '-' and patterns to leave
-// out; '*' any text, '?' any character.
+// GoogleTest's filter, one pattern: '*' any text, '?' any character.
 bool matches(const char* pattern, const char* text) {
-    if (*pattern == '\0' || *pattern == ':') return *text == '\0';
+    if (*pattern == '\0') return *text == '\0';
     if (*pattern == '*')
         return matches(pattern + 1, text) || (*text != '\0' && matches(pattern, text + 1));
     if (*text == '\0') return false;
     return (*pattern == '?' || *pattern == *text) && matches(pattern + 1, text + 1);
-}
-
-bool matchesAny(const std::string& patterns, const std::string& name) {
-    size_t start = 0;
-    while (start <= patterns.size()) {
-        const size_t end = std::min(patterns.find(':', start), patterns.size());
-        if (end > start && matches(patterns.c_str() + start, name.c_str())) return true;
-        start = end + 1;
-    }
-    return false;
-}
-
-bool selected(const std::string& filter, const std::string& name) {
-    const size_t dash = filter.find('-');
-    const std::string positive = dash == std::string::npos ? filter : filter.substr(0, dash);
-    if (!matchesAny(positive.empty() ? std::string("*") : positive, name)) return false;
-    return dash == std::string::npos || !matchesAny(filter.substr(dash + 1), name);
 }
 
 }  // namespace
@@ -78,45 +60,21 @@ bool Test::HasFailure() {
     return g_failed;
 }
 
-bool Test::HasFatalFailure() {
-    const std::lock_guard<std::mutex> lock(g_mutex);
-    return g_fatal;
-}
-
-void Test::RecordProperty(const std::string& key, const std::string& value) {
-    std::printf("  %s = %s\n", key.c_str(), value.c_str());
-}
-
-void Test::RecordProperty(const std::string& key, int64_t value) {
-    std::printf("  %s = %lld\n", key.c_str(), static_cast<long long>(value));
-}
-
 namespace internal {
 
-std::string formatNumber(const char* format, ...) {
+std::string format(const char* fmt, ...) {
     char text[64];
     va_list ap;
-    va_start(ap, format);
-    std::vsnprintf(text, sizeof text, format, ap);
+    va_start(ap, fmt);
+    std::vsnprintf(text, sizeof text, fmt, ap);
     va_end(ap);
     return text;
 }
 
-Result failure(std::string text) {
-    return {false, std::move(text)};
-}
-
 Result isTrue(bool value, const char* text, bool expected) {
     if (value == expected) return {};
-    return failure(std::string("Value of: ") + text + "\n  Actual: " + (value ? "true" : "false") +
-                   "\nExpected: " + (expected ? "true" : "false"));
-}
-
-Result sameCString(const char* a, const char* b, const char* va, const char* vb) {
-    if (va == vb || (va != nullptr && vb != nullptr && std::strcmp(va, vb) == 0)) return {};
-    return failure(std::string("Expected equal strings: ") + a + " and " + b + ", actual: \"" +
-                   (va != nullptr ? va : "(null)") + "\" vs \"" + (vb != nullptr ? vb : "(null)") +
-                   "\"");
+    return {false, std::string("Value of: ") + text + "\n  Actual: " + (value ? "true" : "false") +
+                       "\nExpected: " + (expected ? "true" : "false")};
 }
 
 bool dies(const std::function<void()>& statement) {
@@ -135,14 +93,12 @@ bool dies(const std::function<void()>& statement) {
 }
 
 void AssertHelper::operator=(const Message& message) const {
-    recordFailure(file_, line_, message.str().empty() ? text_ : text_ + "\n" + message.str(),
-                  fatal_);
+    recordFailure(file, line, message.str().empty() ? text : text + "\n" + message.str(), fatal);
 }
 
 void ScopedTrace::push(const char* file, int line, const std::string& text) {
     const std::lock_guard<std::mutex> lock(g_mutex);
-    g_traces.push_back(std::string("Trace: ") + file + ":" + formatNumber("%d", line) + ": " +
-                       text);
+    g_traces.push_back(std::string("Trace: ") + file + ":" + format("%d", line) + ": " + text);
 }
 
 ScopedTrace::~ScopedTrace() {
@@ -176,7 +132,7 @@ int runAllTests(int argc, char** argv) {
         bool listed = false;
         for (const Registered& t : registry()) {
             if (std::strcmp(t.suite, suite) != 0) continue;
-            if (!selected(filter, std::string(t.suite) + "." + t.name)) continue;
+            if (!matches(filter.c_str(), (std::string(t.suite) + "." + t.name).c_str())) continue;
             if (list) {
                 if (!listed) std::printf("%s.\n", suite);
                 listed = true;
@@ -188,7 +144,7 @@ int runAllTests(int argc, char** argv) {
             g_failed = g_fatal = false;
             Test* test = t.make();
             test->SetUp();
-            if (!Test::HasFatalFailure()) test->TestBody();
+            if (!g_fatal) test->TestBody();
             test->TearDown();
             delete test;
             ++ran;
@@ -205,21 +161,18 @@ int runAllTests(int argc, char** argv) {
 
 _LIBCPP_BEGIN_NAMESPACE_STD
 
-#define LUT2D_TO_STRING(type, format, cast)               \
-    string to_string(type value) {                        \
-        char text[64];                                    \
-        snprintf(text, sizeof text, format, cast(value)); \
-        return text;                                      \
+#define LUT2D_TO_STRING(type, format)               \
+    string to_string(type value) {                  \
+        char text[32];                              \
+        snprintf(text, sizeof text, format, value); \
+        return text;                                \
     }
-LUT2D_TO_STRING(int, "%d", )
-LUT2D_TO_STRING(unsigned, "%u", )
-LUT2D_TO_STRING(long, "%ld", )
-LUT2D_TO_STRING(unsigned long, "%lu", )
-LUT2D_TO_STRING(long long, "%lld", )
-LUT2D_TO_STRING(unsigned long long, "%llu", )
-LUT2D_TO_STRING(float, "%f", static_cast<double>)
-LUT2D_TO_STRING(double, "%f", )
-LUT2D_TO_STRING(long double, "%Lf", )
+LUT2D_TO_STRING(int, "%d")
+LUT2D_TO_STRING(unsigned, "%u")
+LUT2D_TO_STRING(long, "%ld")
+LUT2D_TO_STRING(unsigned long, "%lu")
+LUT2D_TO_STRING(long long, "%lld")
+LUT2D_TO_STRING(unsigned long long, "%llu")
 #undef LUT2D_TO_STRING
 
 _LIBCPP_END_NAMESPACE_STD

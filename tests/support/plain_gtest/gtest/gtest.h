@@ -5,12 +5,11 @@
 //
 // It has what the suite uses: TEST and TEST_F (SetUp, TearDown), the EXPECT_ and ASSERT_
 // comparisons with streamed messages, ADD_FAILURE, EXPECT_DEATH (the statement runs in a child
-// process; the pattern is not matched), SCOPED_TRACE, HasFailure and RecordProperty; and the
-// command line that CTest's test discovery uses: --gtest_list_tests and --gtest_filter.
+// process; the pattern is not matched), SCOPED_TRACE and HasFailure; and the command line that
+// CTest's test discovery uses: --gtest_list_tests and --gtest_filter with one pattern.
 #pragma once
 
 #include <cstdint>
-#include <cstring>
 #include <functional>
 #include <ios>
 #include <string>
@@ -19,15 +18,24 @@
 
 namespace testing {
 
-// Text built with <<: strings, characters, numbers (std::hex and std::dec switch their base),
-// enumerations and pointers.
+class Test {
+  public:
+    virtual ~Test() = default;
+    virtual void SetUp() {}
+    virtual void TearDown() {}
+    virtual void TestBody() = 0;
+    // Whether the running test has failed so far.
+    static bool HasFailure();
+};
+
+// Text built with <<: strings, numbers (std::hex and std::dec switch their base), enumerations
+// and pointers.
 class Message {
   public:
     template <typename T>
     Message& operator<<(const T& value);
     Message& operator<<(std::ios_base& (*manipulator)(std::ios_base&)) {
-        if (manipulator == std::hex) hex_ = true;
-        if (manipulator == std::dec) hex_ = false;
+        hex_ = manipulator == std::hex;
         return *this;
     }
     const std::string& str() const { return text_; }
@@ -37,47 +45,30 @@ class Message {
     bool hex_ = false;
 };
 
-class Test {
-  public:
-    virtual ~Test() = default;
-    virtual void SetUp() {}
-    virtual void TearDown() {}
-    virtual void TestBody() = 0;
-
-    // Whether the running test has failed so far (fatally).
-    static bool HasFailure();
-    static bool HasFatalFailure();
-    // Printed with the test's result.
-    static void RecordProperty(const std::string& key, const std::string& value);
-    static void RecordProperty(const std::string& key, int64_t value);
-};
-
 namespace internal {
 
-std::string formatNumber(const char* format, ...) __attribute__((format(printf, 1, 2)));
+std::string format(const char* fmt, ...) __attribute__((format(printf, 1, 2)));
 
 template <typename T>
-std::string printValue(const T& v) {
+std::string printValue(const T& v, bool hex = false) {
     using U = std::decay_t<T>;
     if constexpr (std::is_same_v<U, bool>) {
         return v ? "true" : "false";
     } else if constexpr (std::is_same_v<U, std::nullptr_t>) {
         return "nullptr";
-    } else if constexpr (std::is_same_v<U, char> || std::is_same_v<U, signed char> ||
-                         std::is_same_v<U, unsigned char>) {
-        return formatNumber("%d", static_cast<int>(v));
+    } else if constexpr (std::is_same_v<U, Message>) {
+        return v.str();
     } else if constexpr (std::is_enum_v<U>) {
         return printValue(static_cast<std::underlying_type_t<U>>(v));
-    } else if constexpr (std::is_integral_v<U> && std::is_signed_v<U>) {
-        return formatNumber("%lld", static_cast<long long>(v));
     } else if constexpr (std::is_integral_v<U>) {
-        return formatNumber("%llu", static_cast<unsigned long long>(v));
+        if (std::is_signed_v<U> && !hex) return format("%lld", static_cast<long long>(v));
+        return format(hex ? "%llx" : "%llu", static_cast<unsigned long long>(v));
     } else if constexpr (std::is_floating_point_v<U>) {
-        return formatNumber("%.17g", static_cast<double>(v));
+        return format("%.17g", static_cast<double>(v));
     } else if constexpr (std::is_convertible_v<const U&, std::string_view>) {
         return std::string(std::string_view(v));
     } else if constexpr (std::is_pointer_v<U>) {
-        return formatNumber("%p", static_cast<const void*>(v));
+        return format("%p", static_cast<const void*>(v));
     } else if constexpr (requires { v.size(); }) {
         return "(" + printValue(v.size()) + " elements)";
     } else {
@@ -92,42 +83,31 @@ struct Result {
     explicit operator bool() const { return ok; }
 };
 
-Result failure(std::string text);
-
 template <typename A, typename B, typename Op>
 Result compare(const char* opText, const char* a, const char* b, const A& va, const B& vb, Op op) {
     if (op(va, vb)) return {};
-    return failure(std::string("Expected: (") + a + ") " + opText + " (" + b +
-                   "), actual: " + printValue(va) + " vs " + printValue(vb));
+    return {false, std::string("Expected: (") + a + ") " + opText + " (" + b +
+                       "), actual: " + printValue(va) + " vs " + printValue(vb)};
 }
 
 Result isTrue(bool value, const char* text, bool expected);
-Result sameCString(const char* a, const char* b, const char* va, const char* vb);
 // Runs the statement in a child process; whether the child died (a signal or a non-zero exit).
 bool dies(const std::function<void()>& statement);
 
 // Records a failure of the running test where a failing assertion's message ends.
-class AssertHelper {
-  public:
-    AssertHelper(const char* file, int line, std::string text, bool fatal)
-        : file_(file), line_(line), text_(std::move(text)), fatal_(fatal) {}
+struct AssertHelper {
+    const char* file;
+    int line;
+    std::string text;
+    bool fatal;
     void operator=(const Message& message) const;
-
-  private:
-    const char* file_;
-    int line_;
-    std::string text_;
-    bool fatal_;
 };
 
 class ScopedTrace {
   public:
-    ScopedTrace(const char* file, int line, const Message& message) {
-        push(file, line, message.str());
-    }
     template <typename T>
     ScopedTrace(const char* file, int line, const T& message) {
-        push(file, line, (Message() << message).str());
+        push(file, line, printValue(message));
     }
     ~ScopedTrace();
     ScopedTrace(const ScopedTrace&) = delete;
@@ -145,13 +125,7 @@ struct Registrar {
 
 template <typename T>
 Message& Message::operator<<(const T& value) {
-    if constexpr (std::is_integral_v<T> && !std::is_same_v<T, bool>) {
-        if (hex_) {
-            text_ += internal::formatNumber("%llx", static_cast<unsigned long long>(value));
-            return *this;
-        }
-    }
-    text_ += internal::printValue(value);
+    text_ += internal::printValue(value, hex_);
     return *this;
 }
 
@@ -183,9 +157,9 @@ int runAllTests(int argc, char** argv);
         else                                                            \
             LUT2D_GTEST_ON_FAILURE_##fatal(lut2d_gtest_r)
 #define LUT2D_GTEST_ON_FAILURE_0(r) \
-    ::testing::internal::AssertHelper(__FILE__, __LINE__, r.text, false) = ::testing::Message()
+    ::testing::internal::AssertHelper{__FILE__, __LINE__, r.text, false} = ::testing::Message()
 #define LUT2D_GTEST_ON_FAILURE_1(r)                                              \
-    return ::testing::internal::AssertHelper(__FILE__, __LINE__, r.text, true) = \
+    return ::testing::internal::AssertHelper{__FILE__, __LINE__, r.text, true} = \
                ::testing::Message()
 
 #define LUT2D_GTEST_CMP_(a, b, op, fatal)                                                        \
@@ -210,9 +184,8 @@ int runAllTests(int argc, char** argv);
 #define EXPECT_FALSE(c) LUT2D_GTEST_CHECK_(::testing::internal::isTrue(bool(c), #c, false), 0)
 #define ASSERT_TRUE(c) LUT2D_GTEST_CHECK_(::testing::internal::isTrue(bool(c), #c, true), 1)
 #define ASSERT_FALSE(c) LUT2D_GTEST_CHECK_(::testing::internal::isTrue(bool(c), #c, false), 1)
-#define EXPECT_STREQ(a, b) LUT2D_GTEST_CHECK_(::testing::internal::sameCString(#a, #b, a, b), 0)
 #define ADD_FAILURE() \
-    ::testing::internal::AssertHelper(__FILE__, __LINE__, "Failed", false) = ::testing::Message()
+    ::testing::internal::AssertHelper{__FILE__, __LINE__, "Failed", false} = ::testing::Message()
 #define EXPECT_DEATH(statement, pattern)                                                          \
     LUT2D_GTEST_CHECK_(::testing::internal::isTrue(::testing::internal::dies([&] { statement; }), \
                                                    "the process dies in " #statement, true),      \
