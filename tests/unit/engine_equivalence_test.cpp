@@ -4,6 +4,7 @@
 // the cache slices, and aborts before and after the band work.
 
 #include <gtest/gtest.h>
+#include <sched.h>
 
 #include <algorithm>
 #include <atomic>
@@ -191,6 +192,54 @@ TEST(EngineEquivalence, WideFrames) {
             c.mode = mode;
             expectSameFrameSequence(c, static_cast<uint32_t>(rng()));
         }
+    }
+}
+
+// ---- schedule ----------------------------------------------------------------------------
+
+// As many threads work at once as the process has processors, each taking the next band when
+// it has finished one, longest band of the last frame first: with one processor one thread
+// takes all four bands. The bytes and caches are the reference's either way.
+TEST(EngineSchedule, OneProcessorGivesTheSameBytes) {
+    cpu_set_t all, one;
+    ASSERT_EQ(sched_getaffinity(0, sizeof all, &all), 0);
+    CPU_ZERO(&one);
+    for (int cpu = 0; cpu < CPU_SETSIZE; ++cpu) {
+        if (CPU_ISSET(cpu, &all)) {
+            CPU_SET(cpu, &one);
+            break;
+        }
+    }
+    if (sched_setaffinity(0, sizeof one, &one) != 0) GTEST_SKIP() << "affinity cannot be set";
+    std::mt19937 rng(5);
+    for (Lut2DMode mode : {LUT2D_MODE_YDS, LUT2D_MODE_CHRUS}) {
+        Case c = randomCase(rng, 300, 700, 60);
+        c.mode = mode;
+        expectSameFrameSequence(c, static_cast<uint32_t>(rng()));
+    }
+    ASSERT_EQ(sched_setaffinity(0, sizeof all, &all), 0);
+}
+
+// After a frame the handle holds the bands longest first: here the third band, the only one
+// of many colours, then the others in band order (flat bands take about the same time).
+TEST(EngineSchedule, TheBandOfMostColoursGoesFirstInTheNextFrame) {
+    for (Lut2DMode mode : {LUT2D_MODE_YDS, LUT2D_MODE_CHRUS}) {
+        const Lut2DImageInfo info{1024, 512, 1024, 0};
+        ISP2DLUTInStruct_V10 rec = lut2d_test::busyRecord(3);
+        Handle h(&rec, info, mode);
+        EXPECT_EQ(h.engine().m_bandOrder, 0b11'10'01'00);  // band order before any frame
+        Frame f(info);
+        std::fill(f.luma.begin(), f.luma.end(), uint8_t{90});
+        std::fill(f.chroma.begin(), f.chroma.end(), uint8_t{140});
+        Frame noise(info);
+        lut2d_test::fillRandom(noise, 9);
+        const size_t from = info.stride * info.height / 2,
+                     to = from + info.stride * info.height / 4;
+        std::copy(noise.luma.begin() + from, noise.luma.begin() + to, f.luma.begin() + from);
+        std::copy(noise.chroma.begin() + from / 2, noise.chroma.begin() + to / 2,
+                  f.chroma.begin() + from / 2);
+        ASSERT_EQ(h.process(f), 0);
+        EXPECT_EQ(h.engine().m_bandOrder & 3, 2) << int{h.engine().m_bandOrder};
     }
 }
 

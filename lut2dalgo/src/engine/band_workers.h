@@ -1,6 +1,7 @@
-// Thread bodies of the two processing modes, one band of rows each.
+// Thread bodies of the two processing modes, and how they share out a frame's four bands.
 #pragma once
 
+#include <atomic>
 #include <condition_variable>
 #include <cstdint>
 #include <mutex>
@@ -10,18 +11,42 @@
 
 namespace lut2d {
 
-// Where the band workers wait until the frame driver has started all of them: a worker that
-// ran at once would take a core from the driver while it still starts the others.
-class StartGate {
+// How a frame's four bands are shared out among its four threads. A band is one job: its
+// rows in order against its own cache slice, whichever thread runs it, so the bytes of a
+// frame do not depend on this schedule. Only as many threads work at once as there are
+// processors to run them; each takes the next band when it has finished one, longest band
+// first (by the handle's last frame: a video's frames are alike). The others wait and are
+// let go, with nothing to do, once every band is taken. Two threads on two processors so
+// keep both busy to the end, where four threads would leave the placement of each band to
+// the system, which often puts two on one processor and lets the other idle.
+class BandQueue {
   public:
+    // order: the bands, first taken first (a BandOrder); active: threads working at once.
+    BandQueue(uint8_t order, int active);
+
+    // Whether the thread works at once; the others wait (see wait).
+    bool works(int thread) const { return thread < active_; }
+    // Waits until every band is taken.
     void wait();
-    void open();
+    // The next band to run, or -1 when every band is taken.
+    int take();
+    // A band's processor time, by the thread that ran it.
+    void ran(int band, uint32_t microseconds);
+    // Once every band has run: the bands longest first, ties in band order.
+    uint8_t longestFirst() const;
 
   private:
+    int order_[kBandCount];
+    int active_;
+    uint32_t time_[kBandCount] = {};
+    std::atomic<int> next_{0};
     std::mutex mutex_;
-    std::condition_variable opened_;
-    bool open_ = false;
+    std::condition_variable taken_;
+    bool allTaken_ = false;
 };
+
+// Threads that can work at once in this process: its usable processors, 1 to 4.
+int bandThreadsAtOnce();
 
 // Where the low-resolution workers meet the frame driver once their bands are done. The
 // driver waits for every band (the point at which the frame used to be joined), decides
@@ -61,11 +86,12 @@ struct FinishShare {
     uint32_t rowBegin, rowEnd;
 };
 
-// What a band worker receives: the band's work and, in the low-resolution mode, its share
-// of the finish.
+// What a band thread receives: the frame's four bands, the queue it takes them from and, in
+// the low-resolution mode, its share of the finish.
 struct BandJob {
-    BandWork work;
-    StartGate* start;    // null: the band starts at once
+    const BandWork* bands;  // all four, indexed by band
+    BandQueue* queue;
+    bool waits;          // waits until every band is taken (BandQueue::works)
     FinishShare finish;  // low-resolution mode only
 };
 
@@ -75,7 +101,8 @@ void addUpscaledOffsetRows(const FinishShare& share);
 }  // namespace lut2d
 
 // Low-resolution mode: one adjusted colour per 2x2 block, chroma rewritten in place, luma
-// change written to the quarter-size offset plane. The argument is a lut2d::BandJob.
+// change written to the quarter-size offset plane. The argument is a lut2d::BandJob; the
+// thread runs the bands it takes from the queue.
 void* run2dlut_fx_yDs(void* arg);
 
 // Full-resolution mode: every pixel adjusted with upsampled chroma, luma rewritten in place,

@@ -51,6 +51,7 @@ SW_2DLut_v10::SW_2DLut_v10()
     : m_useDsp(0),
       m_abort(0),
       m_done(0),
+      m_bandOrder(lut2d::kBandsInOrder),
       m_workArea(nullptr),
       m_recip{},
       m_recip2{},

@@ -84,8 +84,8 @@ int SW_2DLut_v10::run2dlut_fx(Lut2DImageData* image) {
 
     pthread_t threads[kBandCount] = {};
     bool started[kBandCount] = {};
+    lut2d::BandWork bands[kBandCount] = {};
     lut2d::BandJob jobs[kBandCount] = {};
-    lut2d::StartGate start;
     lut2d::FinishGate gate(kBandCount);
     const bool sharedFinish = lowRes && lut2d::kOffsetRowsBuiltIn;
     // A scratch engine object is part of every frame; it takes no part in the work.
@@ -99,12 +99,15 @@ int SW_2DLut_v10::run2dlut_fx(Lut2DImageData* image) {
 
     if (fullRes || lowRes) {
         // The record and the tables cannot change during a frame: the colour kernel's tables
-        // are prepared once for all four bands, while the threads that wait for them start.
+        // are prepared once for all four bands, before the threads start.
         lut2d::BatchTables tables;
         void* (*body)(void*) = fullRes ? run2dlut_fx_ChrUs : run2dlut_fx_yDs;
+        // Bands whose rows may overlap run in band order, one after another, on this thread.
+        lut2d::BandQueue queue(carried ? m_bandOrder : lut2d::kBandsInOrder,
+                               carried ? lut2d::bandThreadsAtOnce() : 1);
         for (int i = 0; i < kBandCount; ++i) {
-            jobs[i].work.tables = &tables;
-            Lut2DThreadArgs& a = jobs[i].work.args;
+            bands[i].tables = &tables;
+            Lut2DThreadArgs& a = bands[i].args;
             a.pLumaIn = image->pLuma;
             a.pChromaIn = image->pChroma;
             a.pLumaOut = fullRes ? image->pLuma : nullptr;
@@ -127,26 +130,29 @@ int SW_2DLut_v10::run2dlut_fx(Lut2DImageData* image) {
                 jobs[i].finish = {&gate,  scratch, image->pLuma, width,
                                   stride, height,  begin,        std::min(rows, begin + share)};
             }
-            jobs[i].start = &start;
-        }
-        for (int i = 0; i < kBandCount; ++i) {
-            started[i] = carried && pthread_create(&threads[i], nullptr, body, &jobs[i]) == 0;
+            jobs[i].bands = bands;
+            jobs[i].queue = &queue;
+            jobs[i].waits = !queue.works(i);
         }
         lut2d::prepareBatchTables(tables, lut2d::kernelTables(*this));
         const lut2d::FrameKernels kernels = lut2d::selectFrameKernels(tables);
-        for (lut2d::BandJob& job : jobs) job.work.kernels = kernels;
-        start.open();
-        // Without a thread (none is started for a geometry the records cannot carry) a band
-        // is still adjusted, on this thread, and its share of the finish is done here too.
+        for (lut2d::BandWork& work : bands) work.kernels = kernels;
+        for (int i = 0; i < kBandCount; ++i) {
+            started[i] = carried && pthread_create(&threads[i], nullptr, body, &jobs[i]) == 0;
+        }
+        // What a thread that did not start would have done is done on this thread: the bands
+        // still untaken (all four when no thread is started, for a geometry the records
+        // cannot carry) and its share of the finish.
         for (int i = 0; i < kBandCount; ++i) {
             if (started[i]) continue;
             if (sharedFinish) gate.bandWithoutWorker();
-            jobs[i].start = nullptr;
+            jobs[i].waits = false;
             jobs[i].finish.gate = nullptr;
             body(&jobs[i]);
         }
         if (sharedFinish) {
             gate.awaitBands();
+            if (carried) m_bandOrder = queue.longestFirst();
             // The abort check after the workers, made where the threads used to be joined.
             const bool aborted = m_abort == 1;
             uint8_t* temporary = nullptr;
@@ -169,6 +175,7 @@ int SW_2DLut_v10::run2dlut_fx(Lut2DImageData* image) {
             for (int i = 0; i < kBandCount; ++i) {
                 if (started[i]) pthread_join(threads[i], nullptr);
             }
+            if (carried) m_bandOrder = queue.longestFirst();
         }
     }
 

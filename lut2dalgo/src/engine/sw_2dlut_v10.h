@@ -8,6 +8,7 @@
 #pragma once
 
 #include <atomic>
+#include <cstddef>
 #include <cstdint>
 
 #include "../common/lut2d_export.h"
@@ -56,6 +57,9 @@ namespace lut2d {
 inline constexpr uint32_t kWorkAreaBytes = 1600000;   // four result caches
 inline constexpr uint32_t kCacheSliceBytes = 400000;  // one band's result cache
 inline constexpr int kBandCount = 4;
+// An order of the four bands in one byte, two bits per place, the first in the low bits:
+// here band order.
+inline constexpr uint8_t kBandsInOrder = 0b11'10'01'00;
 
 }  // namespace lut2d
 
@@ -124,9 +128,13 @@ class LUT2D_EXPORT SW_2DLut_v10 {
 
     // ---- state, in binary-interface order ---------------------------------------------
     // The three flags are single bytes shared with AbortLut2d on another thread.
-    std::atomic<uint8_t> m_useDsp;            // 0 = CPU engine, 1 = DSP back-end
-    std::atomic<uint8_t> m_abort;             // a stop has been requested
-    std::atomic<uint8_t> m_done;              // the current frame has finished
+    std::atomic<uint8_t> m_useDsp;  // 0 = CPU engine, 1 = DSP back-end
+    std::atomic<uint8_t> m_abort;   // a stop has been requested
+    std::atomic<uint8_t> m_done;    // the current frame has finished
+    // Not a field of the binary interface: it sits in the padding before the work area, so
+    // every field keeps its offset. The order in which the next frame's threads take the
+    // four bands (longest first in the last frame); a schedule, on which no byte depends.
+    uint8_t m_bandOrder;
     uint8_t* m_workArea;                      // four HM_RGB caches of 400,000 bytes
     uint32_t m_recip[lut2d::kDivTableSize];   // reciprocal table (saturation division)
     uint32_t m_recip2[lut2d::kDivTableSize];  // same values (hue division)
@@ -146,6 +154,9 @@ class LUT2D_EXPORT SW_2DLut_v10 {
 };
 
 static_assert(sizeof(std::atomic<uint8_t>) == 1, "flags are single bytes");
+static_assert(offsetof(SW_2DLut_v10, m_bandOrder) < offsetof(SW_2DLut_v10, m_workArea) &&
+                  offsetof(SW_2DLut_v10, m_workArea) == sizeof(void*),
+              "the band order sits in padding: the binary interface's fields keep their offsets");
 
 namespace lut2d {
 
