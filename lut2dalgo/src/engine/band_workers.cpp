@@ -25,20 +25,20 @@ BandQueue::BandQueue(uint8_t order, int active) : active_(active) {
 
 void BandQueue::wait() {
     std::unique_lock<std::mutex> lock(mutex_);
-    taken_.wait(lock, [this] { return allTaken_; });
+    drained_.wait(lock, [this] { return isDrained_; });
 }
 
 int BandQueue::take() {
     const int i = next_.fetch_add(1);
-    if (i >= kBandCount) return -1;
-    if (i == kBandCount - 1) {  // the last one: the waiting threads have nothing to do
+    if (i < kBandCount) return order_[i];
+    if (i == kBandCount) {  // the first thread to find nothing left: a processor is free
         {
             const std::lock_guard<std::mutex> lock(mutex_);
-            allTaken_ = true;
+            isDrained_ = true;
         }
-        taken_.notify_all();
+        drained_.notify_all();
     }
-    return order_[i];
+    return -1;
 }
 
 void BandQueue::ran(int band, uint32_t microseconds) {

@@ -15,8 +15,8 @@ namespace lut2d {
 // rows in order against its own cache slice, whichever thread runs it, so the bytes of a
 // frame do not depend on this schedule. Only as many threads work at once as there are
 // processors to run them; each takes the next band when it has finished one, longest band
-// first (by the handle's last frame: a video's frames are alike). The others wait and are
-// let go, with nothing to do, once every band is taken. Two threads on two processors so
+// first (by the handle's last frame: a video's frames are alike). The others start once a
+// processor is free, with nothing left to take. Two threads on two processors so
 // keep both busy to the end, where four threads would leave the placement of each band to
 // the system, which often puts two on one processor and lets the other idle.
 class BandQueue {
@@ -24,9 +24,11 @@ class BandQueue {
     // order: the bands, first taken first (a BandOrder); active: threads working at once.
     BandQueue(uint8_t order, int active);
 
-    // Whether the thread works at once; the others wait (see wait).
+    // Whether the thread takes bands from the start. The driver starts the others only once
+    // a thread has found nothing left to take (see wait): a processor is free then, and they
+    // have nothing to take.
     bool works(int thread) const { return thread < active_; }
-    // Waits until every band is taken.
+    // Waits until a thread has found nothing left to take.
     void wait();
     // The next band to run, or -1 when every band is taken.
     int take();
@@ -41,8 +43,8 @@ class BandQueue {
     uint32_t time_[kBandCount] = {};
     std::atomic<int> next_{0};
     std::mutex mutex_;
-    std::condition_variable taken_;
-    bool allTaken_ = false;
+    std::condition_variable drained_;
+    bool isDrained_ = false;
 };
 
 // Threads that can work at once in this process: its usable processors, 1 to 4.

@@ -137,18 +137,23 @@ int SW_2DLut_v10::run2dlut_fx(Lut2DImageData* image) {
         lut2d::prepareBatchTables(tables, lut2d::kernelTables(*this));
         const lut2d::FrameKernels kernels = lut2d::selectFrameKernels(tables);
         for (lut2d::BandWork& work : bands) work.kernels = kernels;
-        for (int i = 0; i < kBandCount; ++i) {
-            started[i] = carried && pthread_create(&threads[i], nullptr, body, &jobs[i]) == 0;
-        }
-        // What a thread that did not start would have done is done on this thread: the bands
-        // still untaken (all four when no thread is started, for a geometry the records
+        // What a thread that does not start would have done is done on this thread: the
+        // bands still untaken (all four when no thread is started, for a geometry the records
         // cannot carry) and its share of the finish.
-        for (int i = 0; i < kBandCount; ++i) {
-            if (started[i]) continue;
+        auto start = [&](int i) {
+            started[i] = carried && pthread_create(&threads[i], nullptr, body, &jobs[i]) == 0;
+            if (started[i]) return;
             if (sharedFinish) gate.bandWithoutWorker();
             jobs[i].waits = false;
             jobs[i].finish.gate = nullptr;
             body(&jobs[i]);
+        };
+        for (int i = 0; i < kBandCount; ++i) {
+            if (queue.works(i)) start(i);
+        }
+        queue.wait();
+        for (int i = 0; i < kBandCount; ++i) {
+            if (!queue.works(i)) start(i);
         }
         if (sharedFinish) {
             gate.awaitBands();
