@@ -78,34 +78,51 @@ void runBands(const BandJob& job, void (*band)(const BandWork&)) {
         band(job.bands[b]);
         const uint64_t t = threadCpuMicroseconds() - t0;
         job.queue->ran(b, static_cast<uint32_t>(std::min<uint64_t>(t, UINT32_MAX)));
+        if (job.queue->finish() != nullptr) job.queue->finish()->bandDone();
     }
 }
 
 }  // namespace
 
-FinishGate::Decision FinishGate::bandDone() {
-    std::unique_lock<std::mutex> lock(mutex_);
-    if (--bandsLeft_ == 0) allDone_.notify_one();
-    decided_.wait(lock, [this] { return decision_ != Decision::kPending; });
-    return decision_;
-}
+Finish::Finish(const uint8_t* offsets, uint8_t* luma, uint32_t width, uint32_t stride,
+               uint32_t height)
+    : offsets_(offsets), luma_(luma), width_(width), stride_(stride), height_(height) {}
 
-void FinishGate::bandWithoutWorker() {
+void Finish::bandDone() {
     const std::lock_guard<std::mutex> lock(mutex_);
-    --bandsLeft_;
+    if (--bandsLeft_ == 0) allDone_.notify_one();
 }
 
-void FinishGate::awaitBands() {
+void Finish::awaitBands() {
     std::unique_lock<std::mutex> lock(mutex_);
     allDone_.wait(lock, [this] { return bandsLeft_ <= 0; });
 }
 
-void FinishGate::decide(Decision d) {
+void Finish::decide(Decision d) {
     {
         const std::lock_guard<std::mutex> lock(mutex_);
         decision_ = d;
     }
     decided_.notify_all();
+    if (d == Decision::kFinish) addRows();
+}
+
+void Finish::join() {
+    {
+        std::unique_lock<std::mutex> lock(mutex_);
+        decided_.wait(lock, [this] { return decision_ != Decision::kPending; });
+        if (decision_ != Decision::kFinish) return;
+    }
+    addRows();
+}
+
+void Finish::addRows() {
+    constexpr uint32_t kRows = 32;  // full-size rows at a time
+    const uint32_t rows = 2 * height_;
+    for (uint32_t r = nextRow_.fetch_add(kRows); r < rows; r = nextRow_.fetch_add(kRows)) {
+        addUpscaledOffsetRows(offsets_, luma_, width_, stride_, height_, r,
+                              std::min(rows, r + kRows));
+    }
 }
 
 }  // namespace lut2d
@@ -118,9 +135,6 @@ void* run2dlut_fx_ChrUs(void* arg) {
 void* run2dlut_fx_yDs(void* arg) {
     const lut2d::BandJob& job = *static_cast<const lut2d::BandJob*>(arg);
     lut2d::runBands(job, lut2d::lowResolutionBand);
-    if (job.finish.gate != nullptr &&
-        job.finish.gate->bandDone() == lut2d::FinishGate::Decision::kFinish) {
-        lut2d::addUpscaledOffsetRows(job.finish);
-    }
+    if (job.finish != nullptr) job.finish->join();
     return nullptr;
 }

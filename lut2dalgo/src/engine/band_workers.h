@@ -11,6 +11,8 @@
 
 namespace lut2d {
 
+class Finish;
+
 // How a frame's four bands are shared out among its four threads. A band is one job: its
 // rows in order against its own cache slice, whichever thread runs it, so the bytes of a
 // frame do not depend on this schedule. Only as many threads work at once as there are
@@ -36,11 +38,15 @@ class BandQueue {
     void ran(int band, uint32_t microseconds);
     // Once every band has run: the bands longest first, ties in band order.
     uint8_t longestFirst() const;
+    // The finish told when each band is done (null: none).
+    void setFinish(Finish* finish) { finish_ = finish; }
+    Finish* finish() const { return finish_; }
 
   private:
     int order_[kBandCount];
     int active_;
     uint32_t time_[kBandCount] = {};
+    Finish* finish_ = nullptr;
     std::atomic<int> next_{0};
     std::mutex mutex_;
     std::condition_variable drained_;
@@ -50,55 +56,52 @@ class BandQueue {
 // Threads that can work at once in this process: its usable processors, 1 to 4.
 int bandThreadsAtOnce();
 
-// Where the low-resolution workers meet the frame driver once their bands are done. The
-// driver waits for every band (the point at which the frame used to be joined), decides
-// whether the frame is finished, and the workers then add the upscaled luma offsets to their
-// share of the luma rows.
-class FinishGate {
+// The low-resolution finish, shared by the band threads and the driver: the upscaled offsets
+// added to the luma plane, a few rows at a time, taken by whoever is free. The driver waits
+// until every band is done (the point at which the frame used to be joined), checks for an
+// abort and decides; the threads that come to the finish wait for that decision.
+class Finish {
   public:
     enum class Decision : uint8_t { kPending, kFinish, kStop };
 
-    // bands: how many workers will come (one per started thread).
-    explicit FinishGate(int bands) : bandsLeft_(bands) {}
+    // The offset plane (width, stride, height) and the luma plane of full-size rows.
+    Finish(const uint8_t* offsets, uint8_t* luma, uint32_t width, uint32_t stride, uint32_t height);
 
-    // A worker's band is done; returns the driver's decision once it is made. Only the last
-    // band wakes the driver.
-    Decision bandDone();
-    // The driver: one band fewer will come (its thread did not start).
-    void bandWithoutWorker();
+    // A band is done (by whichever thread ran it). The last one wakes the driver.
+    void bandDone();
     // The driver: waits until every band is done, then decides.
     void awaitBands();
     void decide(Decision d);
+    // A thread: waits for the decision; after kFinish adds rows until none are left.
+    void join();
 
   private:
+    void addRows();
+
+    const uint8_t* offsets_;
+    uint8_t* luma_;
+    uint32_t width_, stride_, height_;
+    std::atomic<uint32_t> nextRow_{0};
     std::mutex mutex_;
     std::condition_variable allDone_;  // the driver waits here
-    std::condition_variable decided_;  // the workers wait here
-    int bandsLeft_;
+    std::condition_variable decided_;  // the threads wait here
+    int bandsLeft_ = kBandCount;
     Decision decision_ = Decision::kPending;
 };
 
-// One worker's share of the low-resolution finish: the upscaled offsets added to luma rows
-// [rowBegin, rowEnd) (full-size rows).
-struct FinishShare {
-    FinishGate* gate;  // null: the band's worker does not take part
-    const uint8_t* offsets;
-    uint8_t* luma;
-    uint32_t width, stride, height;  // of the offset plane
-    uint32_t rowBegin, rowEnd;
-};
-
 // What a band thread receives: the frame's four bands, the queue it takes them from and, in
-// the low-resolution mode, its share of the finish.
+// the low-resolution mode with the portable upscale, the finish.
 struct BandJob {
     const BandWork* bands;  // all four, indexed by band
     BandQueue* queue;
-    bool waits;          // waits until every band is taken (BandQueue::works)
-    FinishShare finish;  // low-resolution mode only
+    bool waits;      // waits until every band is taken (BandQueue::works)
+    Finish* finish;  // null: no shared finish, or the driver runs the job itself
 };
 
-// Adds the share's rows of the upscaled offset plane to the luma plane.
-void addUpscaledOffsetRows(const FinishShare& share);
+// Adds full-size rows [rowBegin, rowEnd) of the upscaled offset plane (width, stride,
+// height) to the luma plane.
+void addUpscaledOffsetRows(const uint8_t* offsets, uint8_t* luma, uint32_t width, uint32_t stride,
+                           uint32_t height, uint32_t rowBegin, uint32_t rowEnd);
 
 }  // namespace lut2d
 

@@ -86,7 +86,7 @@ int SW_2DLut_v10::run2dlut_fx(Lut2DImageData* image) {
     bool started[kBandCount] = {};
     lut2d::BandWork bands[kBandCount] = {};
     lut2d::BandJob jobs[kBandCount] = {};
-    lut2d::FinishGate gate(kBandCount);
+    lut2d::Finish finish(scratch, image->pLuma, width, stride, height);
     const bool sharedFinish = lowRes && lut2d::kOffsetRowsBuiltIn;
     // A scratch engine object is part of every frame; it takes no part in the work.
     SW_2DLut_v10 frameLocal;
@@ -105,6 +105,7 @@ int SW_2DLut_v10::run2dlut_fx(Lut2DImageData* image) {
         // Bands whose rows may overlap run in band order, one after another, on this thread.
         lut2d::BandQueue queue(carried ? m_bandOrder : lut2d::kBandsInOrder,
                                carried ? lut2d::bandThreadsAtOnce() : 1);
+        if (sharedFinish) queue.setFinish(&finish);
         for (int i = 0; i < kBandCount; ++i) {
             bands[i].tables = &tables;
             Lut2DThreadArgs& a = bands[i].args;
@@ -123,13 +124,7 @@ int SW_2DLut_v10::run2dlut_fx(Lut2DImageData* image) {
             a.engine = this;
             a.pScratch = m_workArea + size_t{lut2d::kCacheSliceBytes} * static_cast<size_t>(i);
             a.format = m_format;
-            if (sharedFinish) {
-                // Full-size luma rows, a quarter each.
-                const uint32_t rows = 2 * height, share = (rows + kBandCount - 1) / kBandCount;
-                const uint32_t begin = std::min(rows, share * static_cast<uint32_t>(i));
-                jobs[i].finish = {&gate,  scratch, image->pLuma, width,
-                                  stride, height,  begin,        std::min(rows, begin + share)};
-            }
+            jobs[i].finish = sharedFinish ? &finish : nullptr;
             jobs[i].bands = bands;
             jobs[i].queue = &queue;
             jobs[i].waits = !queue.works(i);
@@ -143,9 +138,8 @@ int SW_2DLut_v10::run2dlut_fx(Lut2DImageData* image) {
         auto start = [&](int i) {
             started[i] = carried && pthread_create(&threads[i], nullptr, body, &jobs[i]) == 0;
             if (started[i]) return;
-            if (sharedFinish) gate.bandWithoutWorker();
             jobs[i].waits = false;
-            jobs[i].finish.gate = nullptr;
+            jobs[i].finish = nullptr;
             body(&jobs[i]);
         };
         for (int i = 0; i < kBandCount; ++i) {
@@ -156,18 +150,16 @@ int SW_2DLut_v10::run2dlut_fx(Lut2DImageData* image) {
             if (!queue.works(i)) start(i);
         }
         if (sharedFinish) {
-            gate.awaitBands();
+            finish.awaitBands();
             if (carried) m_bandOrder = queue.longestFirst();
             // The abort check after the workers, made where the threads used to be joined.
             const bool aborted = m_abort == 1;
             uint8_t* temporary = nullptr;
-            const bool finish =
+            const bool finished =
                 !aborted && lut2d::beginOffsetAddition(width, stride, height, &temporary);
-            gate.decide(finish ? lut2d::FinishGate::Decision::kFinish
-                               : lut2d::FinishGate::Decision::kStop);
-            for (int i = 0; i < kBandCount && finish; ++i) {
-                if (!started[i]) lut2d::addUpscaledOffsetRows(jobs[i].finish);
-            }
+            // This thread adds rows too, with the threads that have come.
+            finish.decide(finished ? lut2d::Finish::Decision::kFinish
+                                   : lut2d::Finish::Decision::kStop);
             for (int i = 0; i < kBandCount; ++i) {
                 if (started[i]) pthread_join(threads[i], nullptr);
             }

@@ -44,15 +44,15 @@ bool beginOffsetAddition(uint32_t width, uint32_t stride, uint32_t height, uint8
 #if defined(LUT2D_PORTABLE_TESSEL)
 // The rows of the upscale added straight to the luma plane: what YOffsetAddition_tessel
 // leaves there, the temporary's row padding being "no change".
-void addUpscaledOffsetRows(const FinishShare& share) {
-    const uint32_t columns =
-        share.width == share.stride ? share.stride : std::min(share.width, share.stride);
-    tessel::scaleUpBy2Gaussian5x5AddRows(share.offsets, columns, share.height, share.stride,
-                                         share.luma, 2 * share.stride, share.rowBegin,
-                                         share.rowEnd);
+void addUpscaledOffsetRows(const uint8_t* offsets, uint8_t* luma, uint32_t width, uint32_t stride,
+                           uint32_t height, uint32_t rowBegin, uint32_t rowEnd) {
+    const uint32_t columns = width == stride ? stride : std::min(width, stride);
+    tessel::scaleUpBy2Gaussian5x5AddRows(offsets, columns, height, stride, luma, 2 * stride,
+                                         rowBegin, rowEnd);
 }
 #else
-void addUpscaledOffsetRows(const FinishShare&) {}  // the driver calls YOffsetAddition_tessel
+void addUpscaledOffsetRows(const uint8_t*, uint8_t*, uint32_t, uint32_t, uint32_t, uint32_t,
+                           uint32_t) {}  // the driver calls YOffsetAddition_tessel
 #endif
 
 }  // namespace lut2d
