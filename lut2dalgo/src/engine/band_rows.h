@@ -21,9 +21,12 @@
 // Every result that is not a stored one is a pure function of the colour under the frame's
 // tables, so nothing but the schedule changes.
 //
-// The vector walk takes eight keys at a time. When their eight slots differ, no key of the
-// eight can see another's claim, so they are looked up together and every entry is written
-// back (a hit rewrites what it read); eight keys that share a slot are walked one by one.
+// The vector walk takes eight keys at a time and reads their eight entries together. When
+// every key is found, nothing is claimed and nothing written, whatever slots they share. When
+// their eight slots differ, no key of the eight can see another's claim, so every entry is
+// written back at once (a hit rewrites what it read); eight keys that repeat a key take what
+// its first occurrence found or claimed; eight in which different keys share a slot are
+// walked one by one.
 #pragma once
 
 #include <cstddef>

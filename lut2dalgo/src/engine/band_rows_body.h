@@ -127,17 +127,14 @@ LUT2D_FORCE_INLINE U firstOfEqualKeys(U key, U lane) {
 // found or claimed: the same stored result (a hit), or the first's claim, which it hits. Lanes
 // that share a slot with different keys are walked one by one. (Keys are below 2^31.)
 
-// Looks up the eight keys i .. i + 7 at their slots. place holds their places i + lane, the
-// claims they would make; first holds the first lane with each lane's key (unused when
-// kRepeats is false): a repeat meets what the first of its key found or claimed.
+// The eight keys i .. i + 7 after their entries were read (stored, storedKey; absent: the
+// lanes whose key was not there). place holds their places i + lane, the claims they would
+// make; first holds the first lane with each lane's key (unused when kRepeats is false): a
+// repeat meets what the first of its key found or claimed.
 template <class Ops, bool kRepeats>
-LUT2D_FORCE_INLINE size_t lookUpGroup(HM_RGB* cache, CacheWalk& w, size_t i, U place, U k, U slot,
-                                      U first, size_t misses) {
-    uint32_t s[8];
-    store(s, slot);
-    U stored, storedKey;
-    Ops::readEntries(cache, s, stored, storedKey);
-    const U absent = (U)(storedKey != k);
+LUT2D_FORCE_INLINE size_t settleGroup(HM_RGB* cache, CacheWalk& w, size_t i, U place, U k, U slot,
+                                      const uint32_t* s, U stored, U absent, U first,
+                                      size_t misses) {
     const U lane = {0, 1, 2, 3, 4, 5, 6, 7};
     const U miss = kRepeats ? absent & (U)(first == lane) : absent;
     const U claim = kRepeats ? (kClaimMark | place) + (first - lane) : kClaimMark | place;
@@ -152,20 +149,33 @@ LUT2D_FORCE_INLINE size_t lookUpGroup(HM_RGB* cache, CacheWalk& w, size_t i, U p
     return misses + static_cast<size_t>(__builtin_popcount(bits));
 }
 
+// The entries are read first: when every key is found, no lane claims anything and the cache
+// stays as it is, whatever slots the lanes share, so the group is done. Otherwise the slots
+// decide, as above.
 template <class Ops>
 LUT2D_FORCE_INLINE size_t walkGroup(HM_RGB* cache, CacheWalk& w, size_t i, U place, size_t misses) {
     const U k = load<U>(w.keys + i);
     const U slot = Ops::slots(k);
+    uint32_t s[8];
+    store(s, slot);
+    U stored, storedKey;
+    Ops::readEntries(cache, s, stored, storedKey);
+    const U absent = (U)(storedKey != k);
+    if (Ops::signs8(absent) == 0) {
+        store(w.result + i, stored);
+        return misses;
+    }
     U rot[4];
     if (Ops::signs8(equalPairs(slot, rot)) == 0) {
-        return lookUpGroup<Ops, false>(cache, w, i, place, k, slot, U{}, misses);
+        return settleGroup<Ops, false>(cache, w, i, place, k, slot, s, stored, absent, U{}, misses);
     }
     if (Ops::signs8(sharedSlotsOfDifferentKeys(k, slot)) != 0) {
         for (size_t j = 0; j < 8; ++j) misses = scalar::walkStep(cache, w, i + j, misses);
         return misses;
     }
     const U lane = {0, 1, 2, 3, 4, 5, 6, 7};
-    return lookUpGroup<Ops, true>(cache, w, i, place, k, slot, firstOfEqualKeys(k, lane), misses);
+    return settleGroup<Ops, true>(cache, w, i, place, k, slot, s, stored, absent,
+                                  firstOfEqualKeys(k, lane), misses);
 }
 
 template <class Ops>
