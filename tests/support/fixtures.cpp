@@ -73,6 +73,12 @@ std::string firstDifference(const char* unitName, const uint8_t* actual, const u
            std::to_string(*e);
 }
 
+std::string frameDifference(const Frame& a, const Frame& e) {
+    const size_t s = a.info.stride;
+    return firstDifference("luma row", a.luma.data(), e.luma.data(), a.luma.size(), s) +
+           firstDifference("chroma row", a.chroma.data(), e.chroma.data(), a.chroma.size(), s);
+}
+
 SetUpEngine::SetUpEngine(ISP2DLUTInStruct_V10* record, Lut2DMode mode, Lut2DImageInfo info) {
     EXPECT_EQ(e.InitLut2D(record, mode, info), LUT2D_OK);
 }

@@ -86,6 +86,8 @@ std::string describe(Lut2DMode mode, const Lut2DImageInfo& info);
 // when they are equal.
 std::string firstDifference(const char* unitName, const uint8_t* actual, const uint8_t* expected,
                             size_t bytes, size_t unit);
+// The first luma and chroma rows where two frames of one geometry differ; nothing when equal.
+std::string frameDifference(const Frame& actual, const Frame& expected);
 
 // An engine object set up on a record as InitLut2D sets one up, released at the end.
 struct SetUpEngine {

@@ -82,14 +82,6 @@ Frame process(const Geometry& g, uint32_t format, ISP2DLUTInStruct_V10& record, 
     return out;
 }
 
-// The first place where two frames differ, or nothing.
-std::string difference(const Frame& a, const Frame& b) {
-    return lut2d_test::firstDifference("luma row", a.luma.data(), b.luma.data(), a.luma.size(),
-                                       a.info.stride) +
-           lut2d_test::firstDifference("chroma row", a.chroma.data(), b.chroma.data(),
-                                       a.chroma.size(), a.info.stride);
-}
-
 // A grey frame under a record that moves nothing comes back exactly as it was: any byte the
 // library did not compute (the marker, a heap pointer) would show.
 TEST(BandLimits, GreyFrameUnderANeutralRecordComesBackUnchanged) {
@@ -98,10 +90,8 @@ TEST(BandLimits, GreyFrameUnderANeutralRecordComesBackUnchanged) {
         for (uint32_t format : {0u, 1u}) {
             Frame grey(g.width, g.height, g.stride, format);
             std::fill(grey.luma.begin(), grey.luma.end(), 100);
-            if (grey.chroma.empty()) grey.chroma.assign(1, 128);
             const Frame out = process(g, format, record, grey, 0xA5);
-            const std::string d = difference(out, grey);
-            EXPECT_TRUE(d.empty()) << describe(g, format) << ": " << d;
+            EXPECT_EQ(lut2d_test::frameDifference(out, grey), "") << describe(g, format);
         }
     }
 }
@@ -115,15 +105,13 @@ TEST(BandLimits, ResultDoesNotDependOnTheHeap) {
         for (uint32_t format : {0u, 1u}) {
             Frame input(g.width, g.height, g.stride, format);
             lut2d_test::fillRandom(input, seed++);
-            if (input.chroma.empty()) input.chroma.assign(1, 128);
             const Frame a = process(g, format, record, input, 0xA5);
             const Frame b = process(g, format, record, input, 0x3C);
-            const std::string d = difference(a, b);
-            EXPECT_TRUE(d.empty()) << describe(g, format) << ": " << d;
-            const uint8_t run[16] = {0xA5, 0xA5, 0xA5, 0xA5, 0xA5, 0xA5, 0xA5, 0xA5,
-                                     0xA5, 0xA5, 0xA5, 0xA5, 0xA5, 0xA5, 0xA5, 0xA5};
+            EXPECT_EQ(lut2d_test::frameDifference(a, b), "") << describe(g, format);
+            const std::vector<uint8_t> run(16, 0xA5);
             for (const auto* plane : {&a.luma, &a.chroma}) {
-                EXPECT_EQ(std::search(plane->begin(), plane->end(), run, run + 16), plane->end())
+                EXPECT_EQ(std::search(plane->begin(), plane->end(), run.begin(), run.end()),
+                          plane->end())
                     << describe(g, format);
             }
             if (HasFailure()) return;

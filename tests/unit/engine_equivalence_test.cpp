@@ -117,13 +117,7 @@ void useSlicesAsAHost(const Handle& h, ReferenceEngine& ref, const Frame& next, 
 // ---- comparisons ----------------------------------------------------------------------------
 
 void expectSameFrame(const Frame& actual, const Frame& expected) {
-    const size_t stride = actual.info.stride;
-    EXPECT_EQ(firstDifference("luma row", actual.luma.data(), expected.luma.data(),
-                              actual.luma.size(), stride),
-              "");
-    EXPECT_EQ(firstDifference("chroma row", actual.chroma.data(), expected.chroma.data(),
-                              actual.chroma.size(), stride),
-              "");
+    EXPECT_EQ(lut2d_test::frameDifference(actual, expected), "");
 }
 
 // Entry n of the work area is entry n % 50000 of slice n / 50000.

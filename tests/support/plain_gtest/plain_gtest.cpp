@@ -9,7 +9,8 @@
 
 #include <cstdarg>
 #include <cstdio>
-#include <cstdlib>
+#include <cstring>
+#include <memory>
 #include <mutex>
 #include <vector>
 
@@ -29,27 +30,17 @@ std::vector<Registered>& registry() {
     return tests;
 }
 
-// The running test's state. Assertions may fail on other threads than the test's own.
+// The running test's state. Checks may fail on other threads than the test's own.
 std::mutex g_mutex;
 bool g_failed = false;
 bool g_fatal = false;
 std::vector<std::string> g_traces;  // SCOPED_TRACE messages, innermost last
 
-void recordFailure(const char* file, int line, const std::string& text, bool fatal) {
-    const std::lock_guard<std::mutex> lock(g_mutex);
-    g_failed = true;
-    g_fatal = g_fatal || fatal;
-    std::printf("%s:%d: Failure\n%s\n", file, line, text.c_str());
-    for (auto t = g_traces.rbegin(); t != g_traces.rend(); ++t) std::printf("%s\n", t->c_str());
-    std::fflush(stdout);
-}
-
 // GoogleTest's filter, one pattern: '*' any text, '?' any character.
 bool matches(const char* pattern, const char* text) {
-    if (*pattern == '\0') return *text == '\0';
     if (*pattern == '*')
         return matches(pattern + 1, text) || (*text != '\0' && matches(pattern, text + 1));
-    if (*text == '\0') return false;
+    if (*pattern == '\0' || *text == '\0') return *pattern == *text;
     return (*pattern == '?' || *pattern == *text) && matches(pattern + 1, text + 1);
 }
 
@@ -71,16 +62,9 @@ std::string format(const char* fmt, ...) {
     return text;
 }
 
-Result isTrue(bool value, const char* text, bool expected) {
-    if (value == expected) return {};
-    return {false, std::string("Value of: ") + text + "\n  Actual: " + (value ? "true" : "false") +
-                       "\nExpected: " + (expected ? "true" : "false")};
-}
-
 bool dies(const std::function<void()>& statement) {
     std::fflush(nullptr);
     const pid_t child = fork();
-    if (child < 0) return false;
     if (child == 0) {
         const int devNull = open("/dev/null", O_WRONLY);
         if (devNull >= 0) dup2(devNull, STDERR_FILENO);
@@ -88,17 +72,22 @@ bool dies(const std::function<void()>& statement) {
         _exit(0);
     }
     int status = 0;
-    if (waitpid(child, &status, 0) != child) return false;
+    if (child < 0 || waitpid(child, &status, 0) != child) return false;
     return WIFSIGNALED(status) || (WIFEXITED(status) && WEXITSTATUS(status) != 0);
 }
 
-void AssertHelper::operator=(const Message& message) const {
-    recordFailure(file, line, message.str().empty() ? text : text + "\n" + message.str(), fatal);
+void Failure::operator=(const Message& message) const {
+    const std::lock_guard<std::mutex> lock(g_mutex);
+    g_failed = true;
+    g_fatal = g_fatal || fatal;
+    std::printf("%s:%d: Failure\n%s\n%s\n", file, line, text.c_str(), message.str().c_str());
+    for (auto t = g_traces.rbegin(); t != g_traces.rend(); ++t) std::printf("%s\n", t->c_str());
+    std::fflush(stdout);
 }
 
-void ScopedTrace::push(const char* file, int line, const std::string& text) {
+void ScopedTrace::push(std::string text) {
     const std::lock_guard<std::mutex> lock(g_mutex);
-    g_traces.push_back(std::string("Trace: ") + file + ":" + format("%d", line) + ": " + text);
+    g_traces.push_back("Trace: " + text);
 }
 
 ScopedTrace::~ScopedTrace() {
@@ -111,52 +100,6 @@ Registrar::Registrar(const char* suite, const char* name, Test* (*make)()) {
 }
 
 }  // namespace internal
-
-int runAllTests(int argc, char** argv) {
-    std::string filter = "*";
-    bool list = false;
-    for (int i = 1; i < argc; ++i) {
-        const std::string arg = argv[i];
-        if (arg == "--gtest_list_tests") list = true;
-        if (arg.rfind("--gtest_filter=", 0) == 0) filter = arg.substr(15);
-    }
-    // Suites in the order of their first test, as GoogleTest lists them.
-    std::vector<const char*> suites;
-    for (const Registered& t : registry()) {
-        bool known = false;
-        for (const char* s : suites) known = known || std::strcmp(s, t.suite) == 0;
-        if (!known) suites.push_back(t.suite);
-    }
-    int ran = 0, failed = 0;
-    for (const char* suite : suites) {
-        bool listed = false;
-        for (const Registered& t : registry()) {
-            if (std::strcmp(t.suite, suite) != 0) continue;
-            if (!matches(filter.c_str(), (std::string(t.suite) + "." + t.name).c_str())) continue;
-            if (list) {
-                if (!listed) std::printf("%s.\n", suite);
-                listed = true;
-                std::printf("  %s\n", t.name);
-                continue;
-            }
-            std::printf("[ RUN      ] %s.%s\n", t.suite, t.name);
-            std::fflush(stdout);
-            g_failed = g_fatal = false;
-            Test* test = t.make();
-            test->SetUp();
-            if (!g_fatal) test->TestBody();
-            test->TearDown();
-            delete test;
-            ++ran;
-            failed += g_failed ? 1 : 0;
-            std::printf("%s %s.%s\n", g_failed ? "[  FAILED  ]" : "[       OK ]", t.suite, t.name);
-            std::fflush(stdout);
-        }
-    }
-    if (!list) std::printf("[==========] %d tests ran, %d failed.\n", ran, failed);
-    return failed == 0 ? 0 : 1;
-}
-
 }  // namespace testing
 
 _LIBCPP_BEGIN_NAMESPACE_STD
@@ -177,6 +120,38 @@ LUT2D_TO_STRING(unsigned long long, "%llu")
 
 _LIBCPP_END_NAMESPACE_STD
 
+// Runs the tests the filter names, or lists them (a suite's line before each run of its tests).
 int main(int argc, char** argv) {
-    return testing::runAllTests(argc, argv);
+    using namespace testing;
+    std::string filter = "*";
+    bool list = false;
+    for (int i = 1; i < argc; ++i) {
+        const std::string arg = argv[i];
+        list = list || arg == "--gtest_list_tests";
+        if (arg.rfind("--gtest_filter=", 0) == 0) filter = arg.substr(15);
+    }
+    int ran = 0, failed = 0;
+    const char* listed = "";
+    for (const Registered& t : registry()) {
+        const std::string name = std::string(t.suite) + "." + t.name;
+        if (!matches(filter.c_str(), name.c_str())) continue;
+        if (list) {
+            if (std::strcmp(listed, t.suite) != 0) std::printf("%s.\n", listed = t.suite);
+            std::printf("  %s\n", t.name);
+            continue;
+        }
+        std::printf("[ RUN      ] %s\n", name.c_str());
+        std::fflush(stdout);
+        g_failed = g_fatal = false;
+        const std::unique_ptr<Test> test(t.make());
+        test->SetUp();
+        if (!g_fatal) test->TestBody();
+        test->TearDown();
+        ++ran;
+        failed += g_failed ? 1 : 0;
+        std::printf("%s %s\n", g_failed ? "[  FAILED  ]" : "[       OK ]", name.c_str());
+        std::fflush(stdout);
+    }
+    if (!list) std::printf("[==========] %d tests ran, %d failed.\n", ran, failed);
+    return failed == 0 ? 0 : 1;
 }
