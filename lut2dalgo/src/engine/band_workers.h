@@ -18,12 +18,13 @@ class Finish;
 // frame do not depend on this schedule. Only as many threads work at once as there are
 // processors to run them; each takes the next band when it has finished one, longest band
 // first (by the handle's last frame: a video's frames are alike). The others start once a
-// processor is free, with nothing left to take. Two threads on two processors so
-// keep both busy to the end, where four threads would leave the placement of each band to
-// the system, which often puts two on one processor and lets the other idle.
+// processor is free, with nothing left to take. On two processors two threads so keep both
+// busy to the end, where four would leave the placement of each band to the system, which
+// often puts two on one processor and lets the other idle.
 class BandQueue {
   public:
-    // order: the bands, first taken first (a BandOrder); active: threads working at once.
+    // order: the bands, first taken first, two bits per place (see kBandsInOrder); active:
+    // threads working at once.
     BandQueue(uint8_t order, int active);
 
     // Whether the thread takes bands from the start. The driver starts the others only once
@@ -69,7 +70,8 @@ class Finish {
 
     // A band is done (by whichever thread ran it). The last one wakes the driver.
     void bandDone();
-    // The driver: waits until every band is done, then decides.
+    // The driver: waits until every band is done, then decides (and after kFinish adds rows
+    // too, until none are left).
     void awaitBands();
     void decide(Decision d);
     // A thread: waits for the decision; after kFinish adds rows until none are left.
@@ -94,7 +96,7 @@ class Finish {
 struct BandJob {
     const BandWork* bands;  // all four, indexed by band
     BandQueue* queue;
-    bool waits;      // waits until every band is taken (BandQueue::works)
+    bool waits;      // waits until the bands are drained (BandQueue::works, wait)
     Finish* finish;  // null: no shared finish, or the driver runs the job itself
 };
 
