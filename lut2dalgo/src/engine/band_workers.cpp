@@ -72,7 +72,6 @@ uint64_t threadCpuMicroseconds() {
 
 // Runs the bands the thread takes, timing each.
 void runBands(const BandJob& job, void (*band)(const BandWork&)) {
-    if (job.waits) job.queue->wait();
     for (int b = job.queue->take(); b >= 0; b = job.queue->take()) {
         const uint64_t t0 = threadCpuMicroseconds();
         band(job.bands[b]);

@@ -31,7 +31,7 @@ class BandQueue {
     // a thread has found nothing left to take (see wait): a processor is free then, and they
     // have nothing to take.
     bool works(int thread) const { return thread < active_; }
-    // Waits until a thread has found nothing left to take.
+    // The driver: waits until a thread has found nothing left to take.
     void wait();
     // The next band to run, or -1 when every band is taken.
     int take();
@@ -96,7 +96,6 @@ class Finish {
 struct BandJob {
     const BandWork* bands;  // all four, indexed by band
     BandQueue* queue;
-    bool waits;      // waits until the bands are drained (BandQueue::works, wait)
     Finish* finish;  // null: no shared finish, or the driver runs the job itself
 };
 

@@ -127,18 +127,17 @@ int SW_2DLut_v10::run2dlut_fx(Lut2DImageData* image) {
             jobs[i].finish = sharedFinish ? &finish : nullptr;
             jobs[i].bands = bands;
             jobs[i].queue = &queue;
-            jobs[i].waits = !queue.works(i);
         }
         lut2d::prepareBatchTables(tables, lut2d::kernelTables(*this));
         const lut2d::FrameKernels kernels = lut2d::selectFrameKernels(tables);
         for (lut2d::BandWork& work : bands) work.kernels = kernels;
         // What a thread that does not start would have done is done on this thread: the
         // bands still untaken (all four when no thread is started, for a geometry the records
-        // cannot carry) and its share of the finish.
+        // cannot carry). The threads that take no band from the start are started once the
+        // bands are drained (a processor is free then, and there is nothing left to take).
         auto start = [&](int i) {
             started[i] = carried && pthread_create(&threads[i], nullptr, body, &jobs[i]) == 0;
             if (started[i]) return;
-            jobs[i].waits = false;
             jobs[i].finish = nullptr;
             body(&jobs[i]);
         };
