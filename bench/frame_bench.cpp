@@ -3,22 +3,29 @@
 //   - the peer: the same hue/saturation adjustment written the way a user of OpenCV would
 //     write it (colour conversions by OpenCV, a table-driven adjust loop on two threads);
 //   - the copy floor: a plain copy of one frame's bytes from DRAM to DRAM.
-// Each is timed at 1920x1080 and 3840x2160 on two contents:
+// Each is timed at 1920x1080 and 3840x2160 on these contents:
 //   - realistic: a synthetic outdoor scene (sky, foliage, grass, road, saturated objects, a
 //     sign, skin) in four variants that differ only by sensor noise, fed in turn through one
 //     handle as a video would be;
+//   - tiled (3840x2160 only): the 1920x1080 scene four times, 2x2, each with noise of its own:
+//     four times the pixels of the same kind, where the realistic scene at 3840x2160 is
+//     smoother per pixel;
 //   - flat: one colour everywhere (every lookup after the first is a cache hit).
+// Beside them, what every frame costs whatever its size: a 64x64 flat frame through the
+// library, and four threads created and joined (a frame starts four afresh).
 // After Google Benchmark's own report it prints one summary table (time per frame, megapixels
 // per second, peer/library and library/copy ratios) and checks the speed goals. Timings are
 // printed, never asserted.
 //
 //   build/gcc/bench/lut2d_frame_bench [--benchmark_filter=REGEX] [--benchmark_min_time=SECONDS]
 //
-// (two seconds per benchmark by default; the whole run takes about a minute)
+// (two seconds per benchmark by default; the whole run takes about a minute and a half)
 //
-// Benchmark names: {full_res,low_res,peer}/{realistic,flat}/WxH and copy/WxH.
+// Benchmark names: {full_res,low_res,peer}/{realistic,flat}/WxH, {full_res,low_res,peer}/tiled/
+// 3840x2160, copy/WxH, {full_res,low_res}/flat/64x64 and threads/4.
 
 #include <benchmark/benchmark.h>
+#include <pthread.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -79,6 +86,12 @@ class FrameFeeder {
     size_t next_ = 0;
 };
 
+// The frames of a content at a size, made on first use.
+using Frames = const std::vector<Planes>& (*)(Size);
+
+// A frame so small that its time is what every frame costs whatever its size.
+constexpr Size kFixedCostSize{64, 64};
+
 void setRateCounter(benchmark::State& state, Size size) {
     state.counters["MP/s"] = benchmark::Counter(static_cast<double>(size.pixels()) * 1e-6,
                                                 benchmark::Counter::kIsIterationInvariantRate);
@@ -87,9 +100,9 @@ void setRateCounter(benchmark::State& state, Size size) {
 // ---------------------------------------------------------------------------------------------
 // The library: one handle for the whole sequence.
 
-void libraryFrames(benchmark::State& state, Size size, Lut2DMode mode, bool realistic) {
+void libraryFrames(benchmark::State& state, Size size, Lut2DMode mode, Frames frames) {
     ISP2DLUTInStruct_V10 record = busyRecord();
-    FrameFeeder feed(sequence(size, realistic));
+    FrameFeeder feed(frames(size));
     void* handle = nullptr;
     if (InitLut2D(&handle, &record, {size.width, size.height, size.width, 0}, mode) != 0) {
         releaseLut2d(handle);
@@ -239,9 +252,9 @@ class OpenCvPeer {
     cv::Mat bgr_, hls_, i420_;
 };
 
-void peerFrames(benchmark::State& state, Size size, bool realistic) {
+void peerFrames(benchmark::State& state, Size size, Frames frames) {
     const ISP2DLUTInStruct_V10 record = busyRecord();
-    FrameFeeder feed(sequence(size, realistic));
+    FrameFeeder feed(frames(size));
     OpenCvPeer peer(record, size);
     feed.loadNextUntimed();
     peer.process(feed.work());
@@ -316,6 +329,21 @@ void copyFrames(benchmark::State& state, Size size) {
 }
 
 // ---------------------------------------------------------------------------------------------
+// Four threads created and joined, as every frame starts and joins its four afresh.
+
+void* idle(void*) {
+    return nullptr;
+}
+
+void threadFrames(benchmark::State& state) {
+    for (auto _ : state) {
+        pthread_t threads[4];
+        for (pthread_t& t : threads) pthread_create(&t, nullptr, idle, nullptr);
+        for (pthread_t& t : threads) pthread_join(t, nullptr);
+    }
+}
+
+// ---------------------------------------------------------------------------------------------
 // Summary
 
 // Keeps every run's time per frame and prints the summary table and the goal checks after the
@@ -347,35 +375,66 @@ class SummaryReporter : public benchmark::ConsoleReporter {
             "  /copy:    this row's time over the DRAM copy of one frame\n\n");
         std::printf("%-30s %10s %9s %9s %8s\n", "frame", "ms/frame", "MP/s", "peer/lib", "/copy");
         for (const char* mode : {"full_res", "low_res", "peer"}) {
-            for (const char* content : {"realistic", "flat"}) {
+            for (const char* content : {"realistic", "tiled", "flat"}) {
                 for (Size s : kSizes) printRow(std::string(mode) + "/" + content, s);
             }
         }
         for (Size s : kSizes) printRow("copy", s);
+        for (const char* mode : {"full_res", "low_res"}) {
+            printRow(std::string(mode) + "/flat", kFixedCostSize);
+        }
+        if (const auto threads = byName("threads/4")) {
+            std::printf("%-30s %10.3f\n", "threads/4 created and joined", *threads);
+        }
 
         std::printf("\nGoals\n");
-        for (Size s : kSizes) {
-            checkRatio("full_res realistic " + sizeName(s) + " >= 1.5x faster than the peer",
-                       peerOver("full_res/realistic", s), 1.5, 1e300);
+        for (const char* content : {"realistic", "tiled"}) {
+            for (Size s : kSizes) {
+                checkRatio(std::string("full_res ") + content + " " + sizeName(s) +
+                               " >= 1.5x faster than the peer",
+                           peerOver(std::string("full_res/") + content, s), 1.5, 1e300);
+            }
         }
-        for (Size s : kSizes) {
-            checkRatio("low_res realistic " + sizeName(s) + " >= 8x faster than the peer",
-                       peerOver("low_res/realistic", s), 8.0, 1e300);
+        for (const char* content : {"realistic", "tiled"}) {
+            for (Size s : kSizes) {
+                checkRatio(std::string("low_res ") + content + " " + sizeName(s) +
+                               " >= 8x faster than the peer",
+                           peerOver(std::string("low_res/") + content, s), 8.0, 1e300);
+            }
         }
         for (Size s : kSizes) {
             checkRatio("full_res flat " + sizeName(s) + " within 5x of the DRAM copy",
                        overCopy("full_res/flat", s), 0.0, 5.0);
         }
+        // Four times the pixels of the same kind: the tiled frame against the realistic one,
+        // the flat frame against the flat one.
+        const std::pair<const char*, const char*> pairs[] = {{"tiled", "realistic"},
+                                                             {"flat", "flat"}};
         for (const char* mode : {"full_res", "low_res"}) {
-            for (const char* content : {"realistic", "flat"}) {
-                const std::string row = std::string(mode) + "/" + content;
-                const auto small = millis(row, kSizes[0]), large = millis(row, kSizes[1]);
-                std::optional<double> ratio;
-                if (small && large) ratio = *large / *small;
-                checkRatio(std::string(mode) + " " + content + " " + sizeName(kSizes[1]) +
-                               " takes 3.7x to 4.3x the time of " + sizeName(kSizes[0]),
-                           ratio, 3.7, 4.3);
+            for (const auto& [large, small] : pairs) {
+                const std::string m = std::string(mode) + "/";
+                checkRatio(std::string(mode) + " " + large + " " + sizeName(kSizes[1]) +
+                               " takes 3.7x to 4.3x the time of " + small + " " +
+                               sizeName(kSizes[0]),
+                           timeRatio(m + large, kSizes[1], m + small, kSizes[0]), 3.7, 4.3);
             }
+        }
+
+        // What the time ratios above are made of, printed for reading, not checked.
+        std::printf("\nTime at %s over time at %s, for reading\n", sizeName(kSizes[1]).c_str(),
+                    sizeName(kSizes[0]).c_str());
+        for (const char* mode : {"full_res", "low_res"}) {
+            const std::string row = std::string(mode) + "/realistic";
+            printRatio(row + ": the same scene, smoother per pixel at " + sizeName(kSizes[1]),
+                       timeRatio(row, kSizes[1], row, kSizes[0]));
+        }
+        for (const char* mode : {"full_res", "low_res"}) {
+            const std::string row = std::string(mode) + "/flat";
+            const auto fixed = millis(row, kFixedCostSize);
+            std::optional<double> ratio;
+            const auto small = millis(row, kSizes[0]), large = millis(row, kSizes[1]);
+            if (fixed && small && large) ratio = (*large - *fixed) / (*small - *fixed);
+            printRatio(row + ": less the time of a " + sizeName(kFixedCostSize) + " frame", ratio);
         }
     }
 
@@ -385,6 +444,17 @@ class SummaryReporter : public benchmark::ConsoleReporter {
         const auto it = millis_.find(name);
         if (it == millis_.end()) return std::nullopt;
         return it->second;
+    }
+    std::optional<double> byName(const std::string& name) const {
+        const auto it = millis_.find(name);
+        if (it == millis_.end()) return std::nullopt;
+        return it->second;
+    }
+    std::optional<double> timeRatio(const std::string& row, Size s, const std::string& over,
+                                    Size overSize) const {
+        const auto own = millis(row, s), other = millis(over, overSize);
+        if (!own || !other) return std::nullopt;
+        return *own / *other;
     }
     std::optional<double> peerOver(const std::string& row, Size s) const {
         const std::string content = row.substr(row.find('/'));
@@ -416,6 +486,10 @@ class SummaryReporter : public benchmark::ConsoleReporter {
         return text;
     }
 
+    static void printRatio(const std::string& what, std::optional<double> ratio) {
+        if (ratio) std::printf("  %-72s %7s\n", what.c_str(), (format(ratio) + "x").c_str());
+    }
+
     // A goal whose rows did not run is left out.
     static void checkRatio(const std::string& goal, std::optional<double> ratio, double low,
                            double high) {
@@ -433,26 +507,35 @@ class SummaryReporter : public benchmark::ConsoleReporter {
 int main(int argc, char** argv) {
     const std::vector<std::pair<const char*, Lut2DMode>> modes = {{"full_res", LUT2D_MODE_CHRUS},
                                                                   {"low_res", LUT2D_MODE_YDS}};
-    for (Size s : kSizes) {
-        const std::string n = sizeName(s);
-        benchmark::RegisterBenchmark(("copy/" + n).c_str(), copyFrames, s)
-            ->Unit(benchmark::kMillisecond)
-            ->UseRealTime();
-        for (bool realistic : {true, false}) {
-            const std::string content = realistic ? "/realistic/" : "/flat/";
-            for (const auto& [name, mode] : modes) {
-                benchmark::RegisterBenchmark((name + content + n).c_str(), libraryFrames, s, mode,
-                                             realistic)
-                    ->Unit(benchmark::kMillisecond)
-                    ->UseRealTime();
-            }
-#ifdef LUT2D_BENCH_HAVE_OPENCV
-            benchmark::RegisterBenchmark(("peer" + content + n).c_str(), peerFrames, s, realistic)
+    auto registerContent = [&](const std::string& content, Size s, Frames frames, bool peer) {
+        const std::string n = "/" + content + "/" + sizeName(s);
+        for (const auto& [name, mode] : modes) {
+            benchmark::RegisterBenchmark((name + n).c_str(), libraryFrames, s, mode, frames)
                 ->Unit(benchmark::kMillisecond)
                 ->UseRealTime();
-#endif
         }
+#ifdef LUT2D_BENCH_HAVE_OPENCV
+        if (peer) {
+            benchmark::RegisterBenchmark(("peer" + n).c_str(), peerFrames, s, frames)
+                ->Unit(benchmark::kMillisecond)
+                ->UseRealTime();
+        }
+#else
+        (void)peer;
+#endif
+    };
+    for (Size s : kSizes) {
+        benchmark::RegisterBenchmark(("copy/" + sizeName(s)).c_str(), copyFrames, s)
+            ->Unit(benchmark::kMillisecond)
+            ->UseRealTime();
+        registerContent("realistic", s, realisticSequence, true);
+        if (s.width == kSizes[1].width) registerContent("tiled", s, tiledSequence, true);
+        registerContent("flat", s, flatSequence, true);
     }
+    registerContent("flat", kFixedCostSize, flatSequence, false);
+    benchmark::RegisterBenchmark("threads/4", threadFrames)
+        ->Unit(benchmark::kMillisecond)
+        ->UseRealTime();
     // Two seconds per benchmark unless the command line says otherwise (a later flag wins): the
     // slowest rows then still time about ten frames, and the whole run takes about a minute.
     std::vector<char*> args(argv, argv + argc);

@@ -4,6 +4,7 @@
 #include <cmath>
 #include <map>
 #include <random>
+#include <utility>
 
 #include "interface/record_shape.h"
 
@@ -159,6 +160,32 @@ const std::vector<Planes>& realisticSequence(Size s) {
     return seq;
 }
 
+const std::vector<Planes>& tiledSequence(Size s) {
+    static std::map<uint32_t, std::vector<Planes>> cache;
+    std::vector<Planes>& seq = cache[s.width];
+    if (seq.empty()) {
+        const Size tile{s.width / 2, s.height / 2};
+        const CleanScene clean = renderScene(tile);
+        for (int v = 0; v < kNoiseVariants; ++v) {
+            Planes frame{std::vector<uint8_t>(s.pixels()), std::vector<uint8_t>(s.pixels() / 2)};
+            for (uint32_t t = 0; t < 4; ++t) {
+                const Planes p = noisyFrame(clean, 0x711E0000u + 4 * static_cast<uint32_t>(v) + t);
+                const size_t x = (t & 1) * size_t{tile.width}, y = (t >> 1) * size_t{tile.height};
+                for (size_t r = 0; r < tile.height; ++r) {
+                    std::copy_n(&p.luma[r * tile.width], tile.width,
+                                &frame.luma[(y + r) * s.width + x]);
+                }
+                for (size_t r = 0; r < tile.height / 2; ++r) {
+                    std::copy_n(&p.chroma[r * tile.width], tile.width,
+                                &frame.chroma[(y / 2 + r) * s.width + x]);
+                }
+            }
+            seq.push_back(std::move(frame));
+        }
+    }
+    return seq;
+}
+
 const std::vector<Planes>& flatSequence(Size s) {
     static std::map<uint32_t, std::vector<Planes>> cache;
     std::vector<Planes>& seq = cache[s.width];
@@ -167,10 +194,6 @@ const std::vector<Planes>& flatSequence(Size s) {
             {std::vector<uint8_t>(s.pixels(), 140), std::vector<uint8_t>(s.pixels() / 2, 100)});
     }
     return seq;
-}
-
-const std::vector<Planes>& sequence(Size s, bool realistic) {
-    return realistic ? realisticSequence(s) : flatSequence(s);
 }
 
 ISP2DLUTInStruct_V10 busyRecord() {

@@ -32,10 +32,14 @@ struct Planes {
 // seeds: every run sees the same frames).
 const std::vector<Planes>& realisticSequence(Size s);
 
+// The same scene at size s with the detail of a frame of half its width and height: four such
+// frames side by side, 2x2, each with noise of its own. Its pixels are like those of the smaller
+// frame, only four times as many, where the scene at full size is smoother per pixel (its leaves
+// and grass blades span twice the pixels, so fewer of its colours are new).
+const std::vector<Planes>& tiledSequence(Size s);
+
 // One colour everywhere: a mid-bright green that the tuning below moves.
 const std::vector<Planes>& flatSequence(Size s);
-
-const std::vector<Planes>& sequence(Size s, bool realistic);
 
 // A tuning that moves every hue and saturation (no grid cell has all-zero offsets, so no pixel
 // takes the neutral shortcut) and fades out only in the darkest and brightest tones.

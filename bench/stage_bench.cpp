@@ -1,8 +1,9 @@
 // Where a frame's time goes: the band workers' stages (keys, walk, colours, settle, outputs)
-// timed one by one over whole realistic frames on one thread, in every form this machine
-// runs (the scalar form, the vector forms). The four bands of a frame run one after another
-// through their own cache slices, exactly as the frame driver cuts them, and frames of the
-// sequence follow each other through the same slices, as in video.
+// timed one by one over whole realistic frames on one thread (and over the tiled 3840x2160
+// frame, four 1920x1080 views of the scene), in every form this machine runs (the scalar form,
+// the vector forms). The four bands of a frame run one after another through their own cache
+// slices, exactly as the frame driver cuts them, and frames of the sequence follow each other
+// through the same slices, as in video.
 //
 //   build/gcc/bench/lut2d_stage_bench [frames per pass, default 8]
 //
@@ -166,8 +167,8 @@ void lowResolutionFrame(Engine& e, const lut2d::FrameKernels& k, Planes& f, Size
 }
 
 // The best of three passes over `frames` frames of the sequence, after one untimed frame.
-Totals measure(Size s, Lut2DMode mode, const lut2d::FrameKernels& k, int frames) {
-    const std::vector<Planes>& seq = lut2d_bench::realisticSequence(s);
+Totals measure(const std::vector<Planes>& seq, Size s, Lut2DMode mode, const lut2d::FrameKernels& k,
+               int frames) {
     Engine e(s, mode);
     Planes work = seq.back();
     std::vector<uint8_t> extra(s.pixels() / 2);
@@ -199,9 +200,22 @@ int main(int argc, char** argv) {
     const size_t pathCount = lut2d::rowKernelsPaths(paths, 8);
     std::printf(
         "Band stages on one thread, realistic frames (ns per key; colours also per miss)\n\n");
-    std::printf("%-22s %-5s %7s %7s %8s %7s %8s %7s   %7s %8s\n", "frame", "form", "keys", "walk",
+    std::printf("%-28s %-5s %7s %7s %8s %7s %8s %7s   %7s %8s\n", "frame", "form", "keys", "walk",
                 "colours", "settle", "outputs", "total", "missed", "ns/miss");
+    struct Content {
+        std::string name;
+        Size size;
+        const std::vector<Planes>* sequence;
+    };
+    std::vector<Content> contents;
     for (Size s : lut2d_bench::kSizes) {
+        contents.push_back({lut2d_bench::sizeName(s), s, &lut2d_bench::realisticSequence(s)});
+    }
+    const Size large = lut2d_bench::kSizes[1];
+    contents.push_back(
+        {"tiled/" + lut2d_bench::sizeName(large), large, &lut2d_bench::tiledSequence(large)});
+    for (const Content& c : contents) {
+        const Size s = c.size;
         for (Lut2DMode mode : {LUT2D_MODE_CHRUS, LUT2D_MODE_YDS}) {
             for (size_t p = 0; p < pathCount && p < 8; ++p) {
                 if (!paths[p].runnable) continue;
@@ -209,11 +223,10 @@ int main(int argc, char** argv) {
                 lut2d::FrameKernels k{paths[p].rows,
                                       {lut2d::AdjustColours_C, lut2d::AdjustBlocks_C}};
                 if (p != 0) k.colour = lut2d::selectColourKernel(*probe.tables);
-                const Totals t = measure(s, mode, k, frames);
+                const Totals t = measure(*c.sequence, s, mode, k, frames);
                 const std::string name =
-                    std::string(mode == LUT2D_MODE_CHRUS ? "full_res/" : "low_res/") +
-                    lut2d_bench::sizeName(s);
-                std::printf("%-22s %-5s", name.c_str(), paths[p].name);
+                    std::string(mode == LUT2D_MODE_CHRUS ? "full_res/" : "low_res/") + c.name;
+                std::printf("%-28s %-5s", name.c_str(), paths[p].name);
                 for (double ns : t.ns) std::printf(" %7.2f", ns / t.keys);
                 std::printf(" %7.2f   %6.1f%% %8.2f\n", t.total() / t.keys,
                             100.0 * t.misses / t.keys, t.ns[kColours] / std::max(1.0, t.misses));
