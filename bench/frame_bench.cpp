@@ -487,7 +487,7 @@ class SummaryReporter : public benchmark::ConsoleReporter {
     }
 
     static void printRatio(const std::string& what, std::optional<double> ratio) {
-        if (ratio) std::printf("  %-72s %7s\n", what.c_str(), (format(ratio) + "x").c_str());
+        if (ratio) std::printf("  %-78s %7s\n", what.c_str(), (format(ratio) + "x").c_str());
     }
 
     // A goal whose rows did not run is left out.
@@ -495,7 +495,7 @@ class SummaryReporter : public benchmark::ConsoleReporter {
                            double high) {
         if (!ratio) return;
         const char* verdict = *ratio >= low && *ratio <= high ? "met" : "NOT met";
-        std::printf("  %-72s %7s  %s\n", goal.c_str(), (format(ratio) + "x").c_str(), verdict);
+        std::printf("  %-78s %7s  %s\n", goal.c_str(), (format(ratio) + "x").c_str(), verdict);
     }
 
     std::map<std::string, double> millis_;  // milliseconds per frame, by benchmark name
