@@ -57,8 +57,9 @@ void fillPatches(Frame& f, std::mt19937& rng) {
     }
 }
 
-std::string describe(Lut2DMode mode, const Lut2DImageInfo& g) {
-    return std::string(mode == LUT2D_MODE_CHRUS ? "full " : "low ") + std::to_string(g.width) +
+std::string describe(const Case& c) {
+    const Lut2DImageInfo& g = c.info;
+    return std::string(c.mode == LUT2D_MODE_CHRUS ? "full " : "low ") + std::to_string(g.width) +
            "x" + std::to_string(g.height) + " pitch " + std::to_string(g.stride) + " format " +
            std::to_string(g.format);
 }

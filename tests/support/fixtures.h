@@ -79,8 +79,14 @@ void fillRandom(Frame& frame, uint32_t seed);
 // Row padding random, the frame rectangles of five colours (units of one key, repeated keys).
 void fillPatches(Frame& frame, std::mt19937& rng);
 
+// A mode and a geometry of a sweep.
+struct Case {
+    Lut2DMode mode;
+    Lut2DImageInfo info;
+};
+
 // "full 64x32 pitch 64 format 0", for a failure's message.
-std::string describe(Lut2DMode mode, const Lut2DImageInfo& info);
+std::string describe(const Case& c);
 
 // Where two byte ranges first differ, in units of `unit` bytes (rows, cache entries); nothing
 // when they are equal.

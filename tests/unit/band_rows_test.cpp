@@ -21,6 +21,7 @@ namespace {
 using lut2d::CacheWalk;
 using lut2d::kChunkKeys;
 using lut2d::kUnitKeys;
+using lut2d_test::Case;
 using lut2d_test::Frame;
 using lut2d_test::pick;
 
@@ -142,11 +143,6 @@ TEST(BandRows, VectorSlotsAreTheKeyModulo49999) {
 
 // ---- whole bands ----------------------------------------------------------------------------
 
-struct BandCase {
-    Lut2DMode mode;
-    Lut2DImageInfo info;
-};
-
 // The band's frame and slice after three frames through the given stages.
 struct BandState {
     Frame frame;
@@ -154,7 +150,7 @@ struct BandState {
     std::vector<HM_RGB> slice;
 };
 
-BandState runBands(const lut2d::FrameKernels& k, const BandCase& c, Tables& t, uint32_t seed) {
+BandState runBands(const lut2d::FrameKernels& k, const Case& c, Tables& t, uint32_t seed) {
     std::mt19937 rng(seed);
     t.record = lut2d_test::busyRecord(seed);
     const auto [width, height, stride, format] = c.info;
@@ -197,7 +193,7 @@ BandState runBands(const lut2d::FrameKernels& k, const BandCase& c, Tables& t, u
 TEST(BandRows, VectorBandsWriteTheScalarBandsBytesAndSlices) {
     Tables t(lut2d_test::busyRecord(9));
     std::mt19937 rng(8);
-    std::vector<BandCase> cases;
+    std::vector<Case> cases;
     for (int n = 0; n < 40 / kScale; ++n) {
         const auto width = static_cast<uint32_t>(pick(rng, 1, 90) * 2);
         cases.push_back({n % 2 == 0 ? LUT2D_MODE_CHRUS : LUT2D_MODE_YDS,
@@ -207,8 +203,8 @@ TEST(BandRows, VectorBandsWriteTheScalarBandsBytesAndSlices) {
     }
     cases.push_back({LUT2D_MODE_CHRUS, {1100, 6, 1104, 0}});  // chunks of a row
     cases.push_back({LUT2D_MODE_YDS, {2200, 4, 2200, 1}});
-    for (const BandCase& c : cases) {
-        SCOPED_TRACE(lut2d_test::describe(c.mode, c.info));
+    for (const Case& c : cases) {
+        SCOPED_TRACE(lut2d_test::describe(c));
         const auto seed = static_cast<uint32_t>(rng());
         const BandState expected = runBands(
             {scalarRows(), lut2d::ColourKernel{lut2d::AdjustColours_C, lut2d::AdjustBlocks_C}}, c,

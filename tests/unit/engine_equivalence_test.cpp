@@ -19,8 +19,10 @@
 
 namespace {
 
+using lut2d_test::Case;
 using lut2d_test::firstDifference;
 using lut2d_test::Frame;
+using lut2d_test::frameDifference;
 using lut2d_test::Handle;
 using lut2d_test::pick;
 using lut2d_test::ReferenceEngine;
@@ -116,10 +118,6 @@ void useSlicesAsAHost(const Handle& h, ReferenceEngine& ref, const Frame& next, 
 
 // ---- comparisons ----------------------------------------------------------------------------
 
-void expectSameFrame(const Frame& actual, const Frame& expected) {
-    EXPECT_EQ(lut2d_test::frameDifference(actual, expected), "");
-}
-
 // Entry n of the work area is entry n % 50000 of slice n / 50000.
 void expectSameCaches(const Handle& h, ReferenceEngine& ref) {
     EXPECT_EQ(firstDifference("cache entry", h.engine().m_workArea, ref.engine().m_workArea,
@@ -128,11 +126,6 @@ void expectSameCaches(const Handle& h, ReferenceEngine& ref) {
 }
 
 // ---- frame sequences ------------------------------------------------------------------------
-
-struct Case {
-    Lut2DMode mode;
-    Lut2DImageInfo info;
-};
 
 Case randomCase(std::mt19937& rng, int minWidth, int maxWidth, int maxHeight) {
     const auto mode = pick(rng, 0, 1) == 0 ? LUT2D_MODE_YDS : LUT2D_MODE_CHRUS;
@@ -147,7 +140,7 @@ Case randomCase(std::mt19937& rng, int minWidth, int maxWidth, int maxHeight) {
 // edits the record and sets flags bit 0 or not; after each, status, planes and caches agree.
 void expectSameFrameSequence(const Case& c, uint32_t seed) {
     const Lut2DImageInfo& g = c.info;
-    SCOPED_TRACE(lut2d_test::describe(c.mode, g) + ", seed " + std::to_string(seed));
+    SCOPED_TRACE(lut2d_test::describe(c) + ", seed " + std::to_string(seed));
     std::mt19937 rng(seed);
     ISP2DLUTInStruct_V10 rec = lut2d_test::busyRecord(seed);
     Handle h(&rec, g, c.mode);
@@ -165,7 +158,7 @@ void expectSameFrameSequence(const Case& c, uint32_t seed) {
                      kEditNames[static_cast<int>(edit)] + ", flags " + std::to_string(flags));
         Frame actual = input, expected = input;
         EXPECT_EQ(h.process(actual, flags), ref.run(expected, flags));
-        expectSameFrame(actual, expected);
+        EXPECT_EQ(frameDifference(actual, expected), "");
         expectSameCaches(h, ref);
     }
 }
@@ -222,16 +215,11 @@ TEST(EngineSchedule, TheBandOfMostColoursGoesFirstInTheNextFrame) {
         ISP2DLUTInStruct_V10 rec = lut2d_test::busyRecord(3);
         Handle h(&rec, info, mode);
         EXPECT_EQ(h.engine().m_bandOrder, 0b11'10'01'00);  // band order before any frame
-        Frame f(info);
-        std::fill(f.luma.begin(), f.luma.end(), uint8_t{90});
-        std::fill(f.chroma.begin(), f.chroma.end(), uint8_t{140});
-        Frame noise(info);
-        lut2d_test::fillRandom(noise, 9);
-        const size_t from = info.stride * info.height / 2,
-                     to = from + info.stride * info.height / 4;
-        std::copy(noise.luma.begin() + from, noise.luma.begin() + to, f.luma.begin() + from);
-        std::copy(noise.chroma.begin() + from / 2, noise.chroma.begin() + to / 2,
-                  f.chroma.begin() + from / 2);
+        Frame f(info);                                     // flat: luma 0, chroma 128
+        const size_t from = info.stride * info.height / 2, bytes = info.stride * info.height / 4;
+        const std::vector<uint8_t> noise = lut2d_test::randomBytes(bytes, 9);
+        std::copy(noise.begin(), noise.end(), f.luma.begin() + from);
+        std::copy(noise.begin(), noise.begin() + bytes / 2, f.chroma.begin() + from / 2);
         ASSERT_EQ(h.process(f), 0);
         EXPECT_EQ(h.engine().m_bandOrder & 3, 2) << int{h.engine().m_bandOrder};
     }
@@ -253,7 +241,7 @@ TEST(EngineEquivalence, StoredResultLookingLikeALaterClaimStaysStored) {
     actual.chroma = {0, 0, 195, 79, 0, 0};
     Frame expected = actual;
     ASSERT_EQ(handle.process(actual), reference.run(expected, 0));
-    expectSameFrame(actual, expected);
+    EXPECT_EQ(frameDifference(actual, expected), "");
     expectSameCaches(handle, reference);
 }
 
@@ -296,7 +284,7 @@ TEST(EngineEquivalence, ConcurrentAbortsGiveACompleteUntouchedOrPartialFrame) {
             EXPECT_TRUE(status == 0 || status == 6) << status;
             const bool early = status != 0 && f.luma == input.luma && f.chroma == input.chroma;
             if (early) std::memcpy(refCaches, before.data(), before.size());
-            expectSameFrame(f, status == 0 ? complete : (early ? input : partial));
+            EXPECT_EQ(frameDifference(f, status == 0 ? complete : (early ? input : partial)), "");
             expectSameCaches(h, ref);
         }
     }

@@ -24,45 +24,32 @@
 
 namespace {
 
+using lut2d_test::Case;
+using lut2d_test::describe;
+using lut2d_test::randomBytes;
+
 // A plane of `bytes` bytes in a mapping of its own, with an inaccessible page on each side and
-// the plane against one of them. A plane of no bytes points at a guard page.
-class GuardedPlane {
-  public:
+// the plane against one of them. A plane of no bytes points at a guard page; `data` stays null
+// when the mapping fails.
+struct GuardedPlane {
+    uint8_t* base = nullptr;
+    uint8_t* data = nullptr;
+    size_t size = 0;
+
     GuardedPlane(size_t bytes, bool againstEnd) {
         const size_t page = static_cast<size_t>(sysconf(_SC_PAGESIZE));
         const size_t dataPages = (bytes + page - 1) / page;
-        size_ = (dataPages + 2) * page;
-        void* m = mmap(nullptr, size_, PROT_NONE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+        size = (dataPages + 2) * page;
+        void* m = mmap(nullptr, size, PROT_NONE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
         if (m == MAP_FAILED) return;
-        base_ = static_cast<uint8_t*>(m);
-        if (dataPages > 0 &&
-            mprotect(base_ + page, dataPages * page, PROT_READ | PROT_WRITE) != 0) {
-            return;
-        }
-        data_ = againstEnd ? base_ + page + dataPages * page - bytes : base_ + page;
+        base = static_cast<uint8_t*>(m);
+        if (dataPages == 0 || mprotect(base + page, dataPages * page, PROT_READ | PROT_WRITE) == 0)
+            data = againstEnd ? base + page + dataPages * page - bytes : base + page;
     }
     ~GuardedPlane() {
-        if (base_ != nullptr) munmap(base_, size_);
+        if (base != nullptr) munmap(base, size);
     }
-    GuardedPlane(const GuardedPlane&) = delete;
-    GuardedPlane& operator=(const GuardedPlane&) = delete;
-
-    uint8_t* data() const { return data_; }
-
-  private:
-    uint8_t* base_ = nullptr;
-    uint8_t* data_ = nullptr;
-    size_t size_ = 0;
 };
-
-struct Case {
-    Lut2DMode mode;
-    Lut2DImageInfo info;
-};
-
-std::string describe(const Case& c) {
-    return lut2d_test::describe(c.mode, c.info);
-}
 
 // Which bytes may change: luma inside the whole 2x2 blocks, chroma pairs of those blocks (none
 // with a format other than 0 or 1). In the low-resolution mode with an odd stride the planes
@@ -88,18 +75,15 @@ void runAgainstGuardPages(const Case& c, ISP2DLUTInStruct_V10& record, std::mt19
     ASSERT_EQ(InitLut2D(&handle, &record, c.info, c.mode), 0) << describe(c);
     const size_t lumaBytes = size_t{c.info.stride} * c.info.height;
     const size_t chromaBytes = size_t{c.info.stride} * (c.info.height / 2);
-    std::vector<uint8_t> luma(lumaBytes), chroma(chromaBytes);
     for (bool againstEnd : {true, false}) {
-        for (auto& b : luma) b = static_cast<uint8_t>(rng());
-        for (auto& b : chroma) b = static_cast<uint8_t>(rng());
+        const auto luma = randomBytes(lumaBytes, rng()), chroma = randomBytes(chromaBytes, rng());
         GuardedPlane lumaPlane(lumaBytes, againstEnd), chromaPlane(chromaBytes, againstEnd);
-        ASSERT_NE(lumaPlane.data(), nullptr);
-        ASSERT_NE(chromaPlane.data(), nullptr);
-        std::memcpy(lumaPlane.data(), luma.data(), lumaBytes);
-        if (chromaBytes > 0) std::memcpy(chromaPlane.data(), chroma.data(), chromaBytes);
-        Lut2DImageData frame{lumaPlane.data(), chromaPlane.data()};
+        ASSERT_TRUE(lumaPlane.data != nullptr && chromaPlane.data != nullptr);
+        std::memcpy(lumaPlane.data, luma.data(), lumaBytes);
+        if (chromaBytes > 0) std::memcpy(chromaPlane.data, chroma.data(), chromaBytes);
+        Lut2DImageData frame{lumaPlane.data, chromaPlane.data};
         EXPECT_EQ(processLut2d(handle, &frame, 1), 0) << describe(c);
-        expectOnlyBlocksChanged(c, luma, chroma, lumaPlane.data(), chromaPlane.data());
+        expectOnlyBlocksChanged(c, luma, chroma, lumaPlane.data, chromaPlane.data);
         if (::testing::Test::HasFailure()) break;
     }
     releaseLut2d(handle);
