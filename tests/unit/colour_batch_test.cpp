@@ -74,14 +74,11 @@ void expectSameAsScalar(const lut2d::BatchTables& t, const std::vector<uint32_t>
     for (const lut2d::AdjustColoursPath& p : vectorPaths()) {
         std::fill(actual.begin(), actual.end(), 0xDEADBEEF);
         pick(p.kernel)(t, keys.data(), actual.data(), keys.size());
-        size_t mismatches = 0;
-        for (size_t i = 0; i < keys.size(); ++i) {
-            if (actual[i] != expected[i] && mismatches++ < 5) {
-                ADD_FAILURE() << p.name << " " << what << ": key 0x" << std::hex << keys[i]
-                              << " gives 0x" << actual[i] << ", expected 0x" << expected[i];
-            }
-        }
-        EXPECT_EQ(mismatches, 0u) << p.name << " " << what;
+        EXPECT_EQ(lut2d_test::firstDifference("key", reinterpret_cast<uint8_t*>(actual.data()),
+                                              reinterpret_cast<uint8_t*>(expected.data()),
+                                              4 * keys.size(), 4),
+                  "")
+            << p.name << " " << what;
     }
 }
 

@@ -21,18 +21,10 @@ constexpr uint8_t kUntouched = 0x5A;
 // Weight of source sample i for output position x of the 1-D expand (kernel 1 4 6 4 1
 // over the zero-stuffed signal), with the border rules s(-1) = s(1), s(n) = s(n-1).
 int expandWeight(int x, int i, int n) {
-    auto sample = [n](int k) { return k < 0 ? (n > 1 ? 1 : 0) : std::min(k, n - 1); };
-    int w = 0;
+    auto is = [n, i](int k) { return (k < 0 ? (n > 1 ? 1 : 0) : std::min(k, n - 1)) == i; };
     const int half = x / 2;
-    if (x % 2 == 0) {
-        if (sample(half - 1) == i) w += 1;
-        if (sample(half) == i) w += 6;
-        if (sample(half + 1) == i) w += 1;
-    } else {
-        if (sample(half) == i) w += 4;
-        if (sample(half + 1) == i) w += 4;
-    }
-    return w;
+    if (x % 2 == 1) return 4 * is(half) + 4 * is(half + 1);
+    return is(half - 1) + 6 * is(half) + is(half + 1);
 }
 
 // The Gaussian 2x expand stated directly: a 2 width x 2 height plane, rounded once.
