@@ -8,7 +8,6 @@
 #include <random>
 
 #include "image_io.h"
-#include "tool_error.h"
 #include "tool_support.h"
 
 namespace {
@@ -52,7 +51,6 @@ TEST(Geometry, RefusesWhatTheLibraryCannotProcess) {
         uint32_t w, h, stride;
         std::string message;  // how the refusal starts; empty when accepted
     } cases[] = {
-
         {2, 2, 2, ""},
         {640, 6, 704, ""},
         {641, 480, 642, "frame size 641x480: width and height must be even and at least 2"},
@@ -60,12 +58,7 @@ TEST(Geometry, RefusesWhatTheLibraryCannotProcess) {
         {640, 480, 638, "stride 638 must be even, at least the width 640 and at most 65534"},
         {65536, 2, 65536, "frame size 65536x2"}};
     for (const auto& c : cases) {
-        std::string message;
-        try {
-            checkGeometry({c.w, c.h, c.stride}, "in.yuv");
-        } catch (const ToolError& e) {
-            message = e.what();
-        }
+        const std::string message = refusal([&] { checkGeometry({c.w, c.h, c.stride}, "in.yuv"); });
         EXPECT_EQ(message.rfind("in.yuv: " + c.message, 0),
                   c.message.empty() ? std::string::npos : 0)
             << message;
@@ -177,12 +170,8 @@ TEST(Y4m, ReadsFfmpegClipsAndWritesThemBackByteForByte) {
         {"YUV4MPEG2 W40000 H40000\nFRAME\n", "c.y4m: 40000x40000 is 1600 megapixels, more "},
     };
     for (const auto& b : bad) {
-        std::string message;
-        try {
-            decodeY4m(asBytes(b.bytes), kDefaultMaxPixels, "c.y4m");
-        } catch (const ToolError& e) {
-            message = e.what();
-        }
+        const std::string message =
+            refusal([&] { decodeY4m(asBytes(b.bytes), kDefaultMaxPixels, "c.y4m"); });
         EXPECT_EQ(message.rfind(b.message, 0), 0u) << message;
     }
 }

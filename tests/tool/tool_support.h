@@ -10,6 +10,7 @@
 #include "frame_io.h"
 #include "image_io.h"
 #include "raster.h"
+#include "tool_error.h"
 #include "yuv.h"
 
 namespace lut2d_tool_test {
@@ -38,6 +39,17 @@ class ScratchDir {
 
 std::string readText(const fs::path& p);
 void writeText(const fs::path& p, const std::string& bytes);
+// The message of the ToolError that `f` throws; empty when it throws none.
+template <class F>
+std::string refusal(F f) {
+    try {
+        f();
+    } catch (const ToolError& e) {
+        return e.what();
+    }
+    return "";
+}
+
 // Every entry of `folder` (hidden ones included) with its contents.
 std::map<std::string, std::string> snapshot(const fs::path& folder);
 
