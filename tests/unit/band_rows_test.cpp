@@ -158,11 +158,8 @@ BandState runBands(const lut2d::FrameKernels& k, const Case& c, Tables& t, uint3
     const bool full = c.mode == LUT2D_MODE_CHRUS;
     s.extra.assign(size_t{stride} * height / 2 + 1, 0);
     for (int frame = 0; frame < 3; ++frame) {
-        if (frame == 1) {
-            lut2d_test::fillRandom(s.frame, static_cast<uint32_t>(rng()));
-        } else {
-            lut2d_test::fillPatches(s.frame, rng);
-        }
+        if (frame == 1) lut2d_test::fillRandom(s.frame, static_cast<uint32_t>(rng()));
+        if (frame != 1) lut2d_test::fillPatches(s.frame, rng);
         t.record.lut_2d_h[pick(rng, 0, 399)] = static_cast<int16_t>(pick(rng, -511, 511));
         t.prepare();
         lut2d::BandWork work{};
@@ -181,11 +178,7 @@ BandState runBands(const lut2d::FrameKernels& k, const Case& c, Tables& t, uint3
         a.endRow = static_cast<uint16_t>(full ? height : height / 2);
         a.pScratch = reinterpret_cast<uint8_t*>(s.slice.data());
         a.format = format;
-        if (full) {
-            lut2d::fullResolutionBand(work);
-        } else {
-            lut2d::lowResolutionBand(work);
-        }
+        (full ? lut2d::fullResolutionBand : lut2d::lowResolutionBand)(work);
     }
     return s;
 }
