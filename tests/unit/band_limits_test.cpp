@@ -64,13 +64,10 @@ void poisonHeap(const Case& c, uint8_t marker) {
 
 // One frame on a new handle, after the heap was poisoned with the marker.
 Frame process(const Case& c, ISP2DLUTInStruct_V10& record, const Frame& input, uint8_t marker) {
-    void* handle = nullptr;
-    EXPECT_EQ(InitLut2D(&handle, &record, c.info, c.mode), 0);
+    const lut2d_test::Handle handle(&record, c.info, c.mode);
     Frame out = input;
     poisonHeap(c, marker);
-    Lut2DImageData d = out.data();
-    EXPECT_EQ(processLut2d(handle, &d, 0), 0) << describe(c);
-    releaseLut2d(handle);
+    EXPECT_EQ(handle.process(out), 0) << describe(c);
     return out;
 }
 

@@ -62,17 +62,17 @@ void expectOnlyBlocksChanged(const Case& c, const std::vector<uint8_t>& luma,
     const uint32_t width = g.width & ~1u, height = g.height & ~1u;
     for (size_t i = 0; i < luma.size(); ++i) {
         if (i % g.stride < width && i / g.stride < height) continue;
-        ASSERT_EQ(lumaOut[i], luma[i]) << describe(c) << ": luma byte " << i;
+        ASSERT_EQ(lumaOut[i], luma[i]) << "luma byte " << i;
     }
     for (size_t i = 0; i < chroma.size(); ++i) {
         if (g.format <= 1 && i % g.stride < width) continue;
-        ASSERT_EQ(chromaOut[i], chroma[i]) << describe(c) << ": chroma byte " << i;
+        ASSERT_EQ(chromaOut[i], chroma[i]) << "chroma byte " << i;
     }
 }
 
 void runAgainstGuardPages(const Case& c, ISP2DLUTInStruct_V10& record, std::mt19937& rng) {
-    void* handle = nullptr;
-    ASSERT_EQ(InitLut2D(&handle, &record, c.info, c.mode), 0) << describe(c);
+    SCOPED_TRACE(describe(c));
+    const lut2d_test::Handle handle(&record, c.info, c.mode);
     const size_t lumaBytes = size_t{c.info.stride} * c.info.height;
     const size_t chromaBytes = size_t{c.info.stride} * (c.info.height / 2);
     for (bool againstEnd : {true, false}) {
@@ -82,11 +82,10 @@ void runAgainstGuardPages(const Case& c, ISP2DLUTInStruct_V10& record, std::mt19
         std::memcpy(lumaPlane.data, luma.data(), lumaBytes);
         if (chromaBytes > 0) std::memcpy(chromaPlane.data, chroma.data(), chromaBytes);
         Lut2DImageData frame{lumaPlane.data, chromaPlane.data};
-        EXPECT_EQ(processLut2d(handle, &frame, 1), 0) << describe(c);
+        EXPECT_EQ(processLut2d(handle.get(), &frame, 1), 0);
         expectOnlyBlocksChanged(c, luma, chroma, lumaPlane.data, chromaPlane.data);
         if (::testing::Test::HasFailure()) break;
     }
-    releaseLut2d(handle);
 }
 
 TEST(GuardPages, NoPlaneIsReadOrWrittenPastEitherEnd) {
