@@ -176,13 +176,10 @@ TEST(Y4m, ReadsFfmpegClipsAndWritesThemBackByteForByte) {
     }
 }
 
+// Letter case aside, the kinds and layouts of names are the end-to-end refusals'.
 TEST(FileNames, GiveKindLayoutAndSize) {
     EXPECT_EQ(fileKindOf("a.HEIC"), FileKind::Picture);
-    EXPECT_EQ(fileKindOf("a.y4m"), FileKind::Y4m);
-    EXPECT_EQ(fileKindOf("a.yuv"), FileKind::Raw);
-    EXPECT_EQ(fileKindOf("a.bmp"), FileKind::Unknown);
     EXPECT_EQ(layoutOfName("a.YV12"), RawLayout::Yv12);
-    EXPECT_EQ(layoutOfName("a.yuv"), std::nullopt);
     using Size = std::optional<std::pair<uint32_t, uint32_t>>;
     EXPECT_EQ(sizeFromName("dir_9x9/clip_1920x1080.nv12"), Size({1920, 1080}));
     EXPECT_EQ(sizeFromName("640X480-and-640x480.yuv"), Size({640, 480}));
