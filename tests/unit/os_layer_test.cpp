@@ -1,8 +1,7 @@
-// The exported OS wrappers: threads, recursive mutexes, timed waits and the clock.
+// The exported OS wrappers: threads, recursive mutexes and timed waits. (The clock, now_ms, only
+// passes the time of day on.)
 
 #include <gtest/gtest.h>
-
-#include <sys/time.h>
 
 #include <cerrno>
 #include <chrono>
@@ -73,15 +72,6 @@ TEST(OsMutex, RecursiveMutexIsReentered) {
     ASSERT_EQ(pthread_mutex_trylock(&m), 0);  // a second level: still the owner
     for (int i = 0; i < 2; ++i) EXPECT_EQ(os_mutex_unlock(&m), 0);
     EXPECT_EQ(os_mutex_destroy(&m), 0);
-}
-
-// Wall-clock milliseconds with the fraction of a millisecond.
-TEST(OsClock, IsTheTimeOfDayInMilliseconds) {
-    timeval tv{};
-    gettimeofday(&tv, nullptr);
-    const double now = now_ms(), then = tv.tv_sec * 1000.0 + tv.tv_usec / 1000.0;
-    EXPECT_GE(now, then);
-    EXPECT_LT(now, then + 1000);
 }
 
 // Waits until the wall clock's nanoseconds lie in [low, high).
