@@ -24,9 +24,14 @@ RgbImage chartPart(uint32_t width, uint32_t height) {
     return part;
 }
 
-// The picture's frame in the order and stride asked, untouched.
-TEST(Apply, DisabledRecordPassesFramesThrough) {
+// A scratch folder holding the showcase record as s.json.
+struct Apply : ::testing::Test {
     ScratchDir dir;
+    void SetUp() override { writeRecordFile(dir / "s.json", showcaseRecord()); }
+};
+
+// The picture's frame in the order and stride asked, untouched.
+TEST_F(Apply, DisabledRecordPassesFramesThrough) {
     ISP2DLUTInStruct_V10 off = neutralRecord();
     off.enable = 0;
     writeRecordFile(dir / "off.bin", off);
@@ -37,9 +42,7 @@ TEST(Apply, DisabledRecordPassesFramesThrough) {
     EXPECT_EQ(readText(dir / "raw.nv21"), frameBytes(rgbToYuv(picture, ChromaOrder::Nv21, 300)));
 }
 
-TEST(Apply, SequenceIsProcessedFrameByFrameWithOneHandle) {
-    ScratchDir dir;
-    writeRecordFile(dir / "showcase.bin", showcaseRecord());
+TEST_F(Apply, SequenceIsProcessedFrameByFrameWithOneHandle) {
     const RgbImage chart = makeTestChart();
     LibraryHandle handle(showcaseRecord(), {320, 240, 320}, LUT2D_MODE_YDS);
     std::string in, expected;
@@ -53,8 +56,8 @@ TEST(Apply, SequenceIsProcessedFrameByFrameWithOneHandle) {
     }
     ASSERT_NE(in, expected);
     writeText(dir / "seq.nv12", in);
-    const RunResult r = dir.run(
-        "apply seq.nv12 out.nv12 -r showcase.bin --size 320x240 -m low --compare first.png");
+    const RunResult r =
+        dir.run("apply seq.nv12 out.nv12 -r s.json --size 320x240 -m low --compare first.png");
     ASSERT_EQ(r.exitCode, 0) << r.err;
     EXPECT_NE(r.out.find("wrote out.nv12: 3 frames of 320x240, low resolution"), std::string::npos)
         << r.out;
@@ -62,9 +65,7 @@ TEST(Apply, SequenceIsProcessedFrameByFrameWithOneHandle) {
     EXPECT_GT(loadPicture(dir / "first.png").width, 640u);
 }
 
-TEST(Apply, LimitedRangeFramesAreExpandedForTheLibraryAndCompressedBack) {
-    ScratchDir dir;
-    writeRecordFile(dir / "s.json", showcaseRecord());
+TEST_F(Apply, LimitedRangeFramesAreExpandedForTheLibraryAndCompressedBack) {
     const FrameGeometry g{320, 240, 320};
     YuvFrame full = rgbToYuv(chartPart(320, 240), ChromaOrder::Nv12, 320);
     YuvFrame limited = full;
@@ -89,9 +90,7 @@ TEST(Apply, LimitedRangeFramesAreExpandedForTheLibraryAndCompressedBack) {
 }
 
 // A picture of odd size: extended for the library, processed and cropped back to its size.
-TEST(Apply, PictureComesOutAsTheLibraryLeavesItsFrame) {
-    ScratchDir dir;
-    writeRecordFile(dir / "s.json", showcaseRecord());
+TEST_F(Apply, PictureComesOutAsTheLibraryLeavesItsFrame) {
     RgbImage odd(33, 3);
     blit(odd, makeTestChart(), -1500, -900);
     savePicture(dir / "odd.png", odd);
@@ -108,9 +107,7 @@ TEST(Apply, PictureComesOutAsTheLibraryLeavesItsFrame) {
 
 // A phone portrait: stored sideways with an orientation tag (6: a quarter turn clockwise),
 // large enough that turning it reads rows far out of order.
-TEST(Apply, PicturesComeOutUprightByTheirOrientation) {
-    ScratchDir dir;
-    writeRecordFile(dir / "s.json", showcaseRecord());
+TEST_F(Apply, PicturesComeOutUprightByTheirOrientation) {
     RgbImage sideways(1600, 1200, {200, 40, 40});
     fillRect(sideways, {0, 0, 1600, 600}, {40, 40, 200});  // top half blue
     vips::VImage v = vips::VImage::new_from_memory(sideways.pixels.data(), sideways.pixels.size(),
@@ -128,12 +125,10 @@ TEST(Apply, PicturesComeOutUprightByTheirOrientation) {
     EXPECT_GT(upright.at(200, 800).r, 150);
 }
 
-TEST(Apply, FileSizeLimitEndsInOneLineAndLeavesNothingBehind) {
-    ScratchDir dir;
-    writeRecordFile(dir / "n.json", neutralRecord());
+TEST_F(Apply, FileSizeLimitEndsInOneLineAndLeavesNothingBehind) {
     writeText(dir / "big_640x480.nv12", std::string(640 * 480 * 3 / 2, '\x80'));
     const auto before = snapshot(dir / ".");
-    const RunResult r = dir.run("apply big_640x480.nv12 out.nv12 -r n.json", "ulimit -f 200");
+    const RunResult r = dir.run("apply big_640x480.nv12 out.nv12 -r s.json", "ulimit -f 200");
     EXPECT_EQ(r.exitCode, 1);
     EXPECT_EQ(r.err, "lut2d: error: out.nv12: cannot write: File too large\n");
     EXPECT_TRUE(snapshot(dir / ".") == before);
