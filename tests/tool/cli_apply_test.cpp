@@ -148,8 +148,6 @@ TEST(Commands, RefuseBadInputWithoutTouchingAnyFile) {
     writeText(dir / "f.nv12", frameBytes(YuvFrame({64, 48, 64})));
     writeText(dir / "two.nv12", readText(dir / "f.nv12") + readText(dir / "f.nv12"));
     savePicture(dir / "p.png", RgbImage(64, 48));
-    writeText(dir / "p.xyz", readText(dir / "p.png"));
-    writeText(dir / "f.yuv", readText(dir / "f.nv12"));
     writeText(dir / "f_64x48_64x46.nv12", readText(dir / "f.nv12"));
     writeText(dir / "bad.y4m", "YUV4MPEG2 W64 H48 C422\nFRAME\n");
     const std::string raw = "apply f.nv12 -r n.json --size 64x48 ";
