@@ -104,7 +104,6 @@ struct SetUpEngine {
     ~SetUpEngine() { e.DenitLut2D(); }
     SetUpEngine(const SetUpEngine&) = delete;
     SetUpEngine& operator=(const SetUpEngine&) = delete;
-    SW_2DLut_v10* operator->() { return &e; }
     HM_RGB* slice(int band = 0);  // band i's result cache
 };
 

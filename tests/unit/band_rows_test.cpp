@@ -59,6 +59,9 @@ std::vector<HM_RGB> makeSlice(std::mt19937& rng, const std::vector<uint32_t>& up
 // keys 49999 apart (one slot, different keys), and units of one key.
 std::vector<uint32_t> hardKeys(std::mt19937& rng, size_t count) {
     std::vector<uint32_t> alphabet;
+    auto letter = [&] {
+        return alphabet[static_cast<size_t>(pick(rng, 0, int(alphabet.size()) - 1))];
+    };
     for (int n = 0; n < pick(rng, 1, 12); ++n) {
         // Keys of every size the vector forms take (below 2^31), most of them small.
         const uint32_t base =
@@ -69,15 +72,12 @@ std::vector<uint32_t> hardKeys(std::mt19937& rng, size_t count) {
     std::vector<uint32_t> keys(count);
     for (size_t i = 0; i < count; ++i) {
         if (i % kUnitKeys == 0 && pick(rng, 0, 3) == 0) {  // a unit of one key
-            const uint32_t k =
-                alphabet[static_cast<size_t>(pick(rng, 0, int(alphabet.size()) - 1))];
+            const uint32_t k = letter();
             for (size_t j = i; j < count && j < i + kUnitKeys; ++j) keys[j] = k;
             i = std::min(count, i + kUnitKeys) - 1;
             continue;
         }
-        keys[i] = pick(rng, 0, 4) == 0
-                      ? static_cast<uint32_t>(rng()) & 0x3FFFFFFFu
-                      : alphabet[static_cast<size_t>(pick(rng, 0, int(alphabet.size()) - 1))];
+        keys[i] = pick(rng, 0, 4) == 0 ? static_cast<uint32_t>(rng()) & 0x3FFFFFFFu : letter();
     }
     return keys;
 }
@@ -129,10 +129,9 @@ TEST(BandRows, VectorSlotsAreTheKeyModulo49999) {
         U k;
         for (uint32_t j = 0; j < 8; ++j) k[j] = first + j;
         const U s = lut2d::rows::cacheSlots(k);
-        for (uint32_t j = 0; j < 8; ++j) {
-            if (s[j] != (first + j) % 49999u) return false;
-        }
-        return true;
+        bool right = true;
+        for (uint32_t j = 0; j < 8; ++j) right = right && s[j] == (first + j) % 49999u;
+        return right;
     };
     for (uint32_t k = 0; k < (1u << 24); k += 8) ASSERT_TRUE(check(k)) << k;
     for (uint64_t m = 49999; m < (1ull << 31) - 8; m += 49999 * 997ull) {

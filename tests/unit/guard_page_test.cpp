@@ -9,7 +9,6 @@
 
 #include <cstring>
 #include <random>
-#include <string>
 #include <vector>
 
 #include "support/fixtures.h"

@@ -9,7 +9,6 @@
 
 namespace {
 
-using kmodel::Rec;
 using kmodel::V3;
 using lut2d_test::pick;
 
