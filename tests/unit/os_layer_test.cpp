@@ -81,16 +81,15 @@ void waitForNanos(long low, long high) {
     while (now.tv_nsec < low || now.tv_nsec >= high);
 }
 
-TEST_F(OsLayer, TimedWaitTimesOutAfterTheGivenMilliseconds) {
+// The deadline is the wall clock plus the milliseconds, added to the nanoseconds without
+// carrying into the seconds: a wait times out (11) after the milliseconds given, and one whose
+// deadline has a second or more of nanoseconds is refused.
+TEST_F(OsLayer, TimedWaitUntilTheClockPlusTheMillisecondsUnnormalised) {
     EXPECT_EQ(os_cond_timedwait(&c, &m, 0), 11);
     waitForNanos(0, 500000000);
     const auto start = std::chrono::steady_clock::now();
     EXPECT_EQ(os_cond_timedwait(&c, &m, 30), 11);
     EXPECT_GE(std::chrono::steady_clock::now() - start, std::chrono::milliseconds(25));
-}
-
-// The milliseconds are added to the nanoseconds without carrying into the seconds.
-TEST_F(OsLayer, TimedWaitPassesAnUnnormalisedDeadlineOn) {
     waitForNanos(600000000, 900000000);
     EXPECT_EQ(os_cond_timedwait(&c, &m, 999), EINVAL);  // at least 1,599,000,000 ns
     waitForNanos(600000000, 900000000);
