@@ -80,8 +80,8 @@ std::string frameDifference(const Frame& a, const Frame& e) {
            firstDifference("chroma row", a.chroma.data(), e.chroma.data(), a.chroma.size(), s);
 }
 
-SetUpEngine::SetUpEngine(ISP2DLUTInStruct_V10* record, Lut2DMode mode, Lut2DImageInfo info) {
-    EXPECT_EQ(e.InitLut2D(record, mode, info), LUT2D_OK);
+SetUpEngine::SetUpEngine(ISP2DLUTInStruct_V10* record) {
+    EXPECT_EQ(e.InitLut2D(record, LUT2D_MODE_CHRUS, {64, 32, 64, 0}), LUT2D_OK);
 }
 
 HM_RGB* SetUpEngine::slice(int band) {

@@ -95,12 +95,12 @@ std::string firstDifference(const char* unitName, const uint8_t* actual, const u
 // The first luma and chroma rows where two frames of one geometry differ; nothing when equal.
 std::string frameDifference(const Frame& actual, const Frame& expected);
 
-// An engine object set up on a record as InitLut2D sets one up, released at the end.
+// An engine object set up on a record as InitLut2D sets one up (full resolution, 64 x 32),
+// released at the end.
 struct SetUpEngine {
     SW_2DLut_v10 e;
 
-    explicit SetUpEngine(ISP2DLUTInStruct_V10* record, Lut2DMode mode = LUT2D_MODE_CHRUS,
-                         Lut2DImageInfo info = {64, 32, 64, 0});
+    explicit SetUpEngine(ISP2DLUTInStruct_V10* record);
     ~SetUpEngine() { e.DenitLut2D(); }
     SetUpEngine(const SetUpEngine&) = delete;
     SetUpEngine& operator=(const SetUpEngine&) = delete;
