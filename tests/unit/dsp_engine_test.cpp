@@ -89,11 +89,9 @@ TEST_F(DspEngine, ResultEqualsTheCpuEngineOnTheSharedFrame) {
             EXPECT_EQ(Bytes(d.ctx().in_buf, d.ctx().in_buf + shared.size()), shared);
 
             // The CPU engine (handle functions of this build) over the same shared frame.
-            void* cpu = nullptr;
-            ASSERT_EQ(InitLut2D(&cpu, &rec, {stride, height, stride, 0}, mode), 0);
+            const Handle cpu(&rec, {stride, height, stride, 0}, mode);
             Lut2DImageData packed{shared.data(), shared.data() + size_t{stride} * height};
-            ASSERT_EQ(processLut2d(cpu, &packed, 0), 0);
-            releaseLut2d(cpu);
+            ASSERT_EQ(processLut2d(cpu.get(), &packed, 0), 0);
             Bytes result = d.frame.luma;
             result.insert(result.end(), d.frame.chroma.begin(), d.frame.chroma.end());
             for (uint32_t r = 0; r < height * 3 / 2; ++r) {
