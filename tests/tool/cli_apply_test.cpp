@@ -17,13 +17,6 @@ namespace {
 
 using namespace lut2d_tool_test;
 
-// A part of the test chart: trees, meadow and sky.
-RgbImage chartPart(uint32_t width, uint32_t height) {
-    RgbImage part(width, height);
-    blit(part, makeTestChart(), -1200, -700);
-    return part;
-}
-
 // A scratch folder holding the showcase record as s.json.
 struct Apply : ::testing::Test {
     ScratchDir dir;
@@ -35,7 +28,8 @@ TEST_F(Apply, DisabledRecordPassesFramesThrough) {
     ISP2DLUTInStruct_V10 off = neutralRecord();
     off.enable = 0;
     writeRecordFile(dir / "off.bin", off);
-    const RgbImage picture = chartPart(64, 48);
+    RgbImage picture(64, 48);
+    blit(picture, makeTestChart(), -1200, -700);  // trees, meadow and sky
     savePicture(dir / "in.png", picture);
     const RunResult passed = dir.run("apply in.png raw.nv21 -r off.bin --stride 300");
     EXPECT_EQ(passed.err, "lut2d: note: off.bin has enable 0: frames pass through unchanged\n");
@@ -67,7 +61,9 @@ TEST_F(Apply, SequenceIsProcessedFrameByFrameWithOneHandle) {
 
 TEST_F(Apply, LimitedRangeFramesAreExpandedForTheLibraryAndCompressedBack) {
     const FrameGeometry g{320, 240, 320};
-    YuvFrame full = rgbToYuv(chartPart(320, 240), ChromaOrder::Nv12, 320);
+    RgbImage chart(320, 240);
+    blit(chart, makeTestChart(), -1200, -700);  // trees, meadow and sky
+    YuvFrame full = rgbToYuv(chart, ChromaOrder::Nv12, 320);
     YuvFrame limited = full;
     fullToLimited(limited);
     writeText(dir / "in_320x240.nv12", frameBytes(limited));
@@ -119,8 +115,7 @@ TEST_F(Apply, PicturesComeOutUprightByTheirOrientation) {
     ASSERT_EQ(r.exitCode, 0) << r.err;
     EXPECT_EQ(r.err, "lut2d: warning: portrait.jpg: turned upright by its EXIF orientation (6)\n");
     const RgbImage upright = loadPicture(dir / "upright.png");
-    ASSERT_EQ(upright.width, 1200u);
-    ASSERT_EQ(upright.height, 1600u);
+    ASSERT_EQ(std::pair(upright.width, upright.height), std::pair(1200u, 1600u));
     EXPECT_GT(upright.at(1000, 800).b, 150);  // the stored top is now on the right
     EXPECT_GT(upright.at(200, 800).r, 150);
 }
@@ -134,12 +129,12 @@ TEST_F(Apply, FileSizeLimitEndsInOneLineAndLeavesNothingBehind) {
     EXPECT_TRUE(snapshot(dir / ".") == before);
 }
 
+using Commands = Apply;
+
 // Every refusal: its status, its lines (the last naming the problem), and no file added,
 // changed or left behind.
-TEST(Commands, RefuseBadInputWithoutTouchingAnyFile) {
-    ScratchDir dir;
+TEST_F(Commands, RefuseBadInputWithoutTouchingAnyFile) {
     std::string json = recordToJson(neutralRecord());
-    writeText(dir / "n.json", json);
     writeText(dir / "nofield.json", json.replace(json.find("\"s_shift\": 0,"), 13, ""));
     ISP2DLUTInStruct_V10 order = neutralRecord();
     setLightnessRamps(order, 0, 128, 100, 2046);
@@ -150,33 +145,33 @@ TEST(Commands, RefuseBadInputWithoutTouchingAnyFile) {
     savePicture(dir / "p.png", RgbImage(64, 48));
     writeText(dir / "f_64x48_64x46.nv12", readText(dir / "f.nv12"));
     writeText(dir / "bad.y4m", "YUV4MPEG2 W64 H48 C422\nFRAME\n");
-    const std::string raw = "apply f.nv12 -r n.json --size 64x48 ";
+    const std::string raw = "apply f.nv12 -r s.json --size 64x48 ";
     const struct {
         std::string args, message;
         int status = 1;
         long lines = 1;
     } cases[] = {
-        {"apply missing.png o.png -r n.json", "missing.png: cannot open"},
-        {"apply p.png o.bmp -r n.json", "o.bmp: lut2d cannot write a .bmp"},
-        {"apply p.xyz o.png -r n.json", "p.xyz: lut2d does not know what"},
-        {"apply f.yuv o.nv12 -r n.json --size 64x48", "f.yuv: does not say how its"},
-        {"apply p.png o.yuv -r n.json", "o.yuv: does not say how its frames are laid out"},
-        {"apply p.png o.nv12 -r n.json --format i420", "o.nv12: the name says nv12 but"},
-        {"apply p.png o.png -r n.json --format i420", "--format: neither p.png nor o.png"},
-        {"apply bad.y4m o.y4m -r n.json", "bad.y4m: y4m colour space 422 is not 8-bit 4:2:0"},
-        {"apply p.png o.png -r n.json --range video", "--range: video not in {full,limited}", 2},
+        {"apply missing.png o.png -r s.json", "missing.png: cannot open"},
+        {"apply p.png o.bmp -r s.json", "o.bmp: lut2d cannot write a .bmp"},
+        {"apply p.xyz o.png -r s.json", "p.xyz: lut2d does not know what"},
+        {"apply f.yuv o.nv12 -r s.json --size 64x48", "f.yuv: does not say how its"},
+        {"apply p.png o.yuv -r s.json", "o.yuv: does not say how its frames are laid out"},
+        {"apply p.png o.nv12 -r s.json --format i420", "o.nv12: the name says nv12 but"},
+        {"apply p.png o.png -r s.json --format i420", "--format: neither p.png nor o.png"},
+        {"apply bad.y4m o.y4m -r s.json", "bad.y4m: y4m colour space 422 is not 8-bit 4:2:0"},
+        {"apply p.png o.png -r s.json --range video", "--range: video not in {full,limited}", 2},
         {"apply p.png o.png -r nofield.json", "nofield.json: missing field \"s_shift\""},
         {"apply p.png o.png -r order.bin", "order.bin: l_boundary_end_A = 100 must not"},
-        {"apply p.png o.png -r n.json --size 64x48", "--size: only raw input frames need a size"},
-        {"apply f.nv12 o.nv12 -r n.json", "f.nv12: raw frames need --size"},
-        {"apply f_64x48_64x46.nv12 o.nv12 -r n.json", "carries two sizes, 64x48 and 64x46"},
-        {"apply f.nv12 o.nv12 -r n.json --size 64by48", "--size 64by48: expected WIDTHxHEIGHT"},
-        {"apply f.nv12 o.nv12 -r n.json --size 64x46", "not a whole number of 64x46 frames"},
+        {"apply p.png o.png -r s.json --size 64x48", "--size: only raw input frames need a size"},
+        {"apply f.nv12 o.nv12 -r s.json", "f.nv12: raw frames need --size"},
+        {"apply f_64x48_64x46.nv12 o.nv12 -r s.json", "carries two sizes, 64x48 and 64x46"},
+        {"apply f.nv12 o.nv12 -r s.json --size 64by48", "--size 64by48: expected WIDTHxHEIGHT"},
+        {"apply f.nv12 o.nv12 -r s.json --size 64x46", "not a whole number of 64x46 frames"},
         {raw + "f.nv12", "f.nv12: is also an input (f.nv12)"},
         {raw + "o.nv12 --compare c.yuv", "--compare c.yuv: the comparison is a picture"},
         // The output is under way when the comparison turns out unwritable.
         {raw + "o.nv12 --compare no/dir/c.png", "no/dir/c.png: cannot write in"},
-        {"apply two.nv12 o.png -r n.json --size 64x48", "two.nv12 holds 2 frames; write"},
+        {"apply two.nv12 o.png -r s.json --size 64x48", "two.nv12 holds 2 frames; write"},
         {raw + "o.nv12 --bogus", "The following argument was not expected: --bogus", 2},
         {"record show short.bin", "a binary tuning record is 1784 bytes, this file has 1000"},
         {"record convert order.bin o.json", "not converted; o.json is not written", 1, 2},

@@ -112,10 +112,9 @@ TEST(RawLayouts, InterleavePlanarChroma) {
 
 // Any layout, read into either chroma order and written back, is unchanged, padding included.
 TEST(RawLayouts, ComeBackByteForByte) {
-    std::mt19937 rng(3);
     const FrameGeometry g{10, 6, 14};
     std::vector<uint8_t> bytes(g.frameBytes());
-    for (uint8_t& b : bytes) b = static_cast<uint8_t>(rng());
+    std::generate(bytes.begin(), bytes.end(), std::mt19937(3));
     for (RawLayout layout : {RawLayout::I420, RawLayout::Yv12, RawLayout::Nv12, RawLayout::Nv21}) {
         for (ChromaOrder order : {ChromaOrder::Nv12, ChromaOrder::Nv21}) {
             YuvFrame f(FrameGeometry{g.width, g.height, g.stride, order});
@@ -163,7 +162,6 @@ TEST(Y4m, ReadsFfmpegClipsAndWritesThemBackByteForByte) {
         {"YUV4MPEG2 W8\n", "c.y4m: y4m header has no frame size"},
         {"YUV4MPEG W8 H4\n", "c.y4m: not a y4m clip"},
         {header + "FRAME\n" + std::string(71, 'a'), "c.y4m: y4m frame 1 is cut short: 71 of 72"},
-        {header + "FRAMES\n", "c.y4m: y4m frame 1 is cut short"},
         {header + "JUNK\n", "c.y4m: y4m frame 1 does not start with FRAME"},
         {header, "c.y4m: the y4m clip holds no frame"},
         // 40000x40000 needs 2.4 GB per frame: refused before anything is allocated.
