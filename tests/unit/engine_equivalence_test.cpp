@@ -139,13 +139,12 @@ Case randomCase(std::mt19937& rng, int minWidth, int maxWidth, int maxHeight) {
 // Four frames on one handle and one reference engine: before each, the host uses the slices,
 // edits the record and sets flags bit 0 or not; after each, status, planes and caches agree.
 void expectSameFrameSequence(const Case& c, uint32_t seed) {
-    const Lut2DImageInfo& g = c.info;
     SCOPED_TRACE(lut2d_test::describe(c) + ", seed " + std::to_string(seed));
     std::mt19937 rng(seed);
     ISP2DLUTInStruct_V10 rec = lut2d_test::busyRecord(seed);
-    Handle h(&rec, g, c.mode);
-    ReferenceEngine ref(&rec, c.mode, g);
-    Frame input(g);
+    Handle h(&rec, c.info, c.mode);
+    ReferenceEngine ref(&rec, c.mode, c.info);
+    Frame input(c.info);
     for (int n = 0; n < 4 && !::testing::Test::HasFailure(); ++n) {
         const auto content = static_cast<Content>(pick(rng, 0, n == 0 ? 1 : 2));
         fillContent(input, content, rng);
@@ -228,9 +227,8 @@ TEST(EngineEquivalence, StoredResultLookingLikeALaterClaimStaysStored) {
     const Lut2DImageInfo info{6, 2, 6, 0};
     Handle handle(&record, info, LUT2D_MODE_YDS);
     ReferenceEngine reference(&record, LUT2D_MODE_YDS, info);
-    const HM_RGB entry{0x80000001u, 0};
-    handle.slice(3)[0] = entry;  // two rows: the last band has the only pair row
-    reference.slice(3)[0] = entry;
+    // Two rows: the last band has the only pair row.
+    handle.slice(3)[0] = reference.slice(3)[0] = HM_RGB{0x80000001u, 0};
     Frame actual(info);
     actual.chroma = {0, 0, 195, 79, 0, 0};
     Frame expected = actual;
