@@ -6,9 +6,9 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstdarg>
 #include <cstdio>
-#include <cstring>
 #include <string>
 
 #include "interface/orvix_lut2d.h"
@@ -27,9 +27,7 @@ size_t g_liveCount = 0;
 char g_lastError[512];
 
 size_t liveCount() {
-    size_t n = 0;
-    for (size_t i = 0; i < g_liveCount; ++i) n += g_live[i] != nullptr;
-    return n;
+    return g_liveCount - static_cast<size_t>(std::count(g_live, g_live + g_liveCount, nullptr));
 }
 
 }  // namespace
@@ -45,11 +43,7 @@ extern "C" void* malloc(size_t n) {
 }
 
 extern "C" void free(void* p) {
-    if (g_tracking) {
-        for (size_t i = 0; i < g_liveCount; ++i) {
-            if (g_live[i] == p) g_live[i] = nullptr;
-        }
-    }
+    if (g_tracking) std::replace(g_live, g_live + g_liveCount, p, static_cast<void*>(nullptr));
     __libc_free(p);
 }
 

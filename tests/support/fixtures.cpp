@@ -57,8 +57,9 @@ void fillPatches(Frame& f, std::mt19937& rng) {
     }
 }
 
-std::string describe(Lut2DMode mode, const Lut2DImageInfo& g) {
-    return std::string(mode == LUT2D_MODE_CHRUS ? "full " : "low ") + std::to_string(g.width) +
+std::string describe(const Case& c) {
+    const Lut2DImageInfo& g = c.info;
+    return std::string(c.mode == LUT2D_MODE_CHRUS ? "full " : "low ") + std::to_string(g.width) +
            "x" + std::to_string(g.height) + " pitch " + std::to_string(g.stride) + " format " +
            std::to_string(g.format);
 }
@@ -79,8 +80,8 @@ std::string frameDifference(const Frame& a, const Frame& e) {
            firstDifference("chroma row", a.chroma.data(), e.chroma.data(), a.chroma.size(), s);
 }
 
-SetUpEngine::SetUpEngine(ISP2DLUTInStruct_V10* record, Lut2DMode mode, Lut2DImageInfo info) {
-    EXPECT_EQ(e.InitLut2D(record, mode, info), LUT2D_OK);
+SetUpEngine::SetUpEngine(ISP2DLUTInStruct_V10* record) {
+    EXPECT_EQ(e.InitLut2D(record, LUT2D_MODE_CHRUS, {64, 32, 64, 0}), LUT2D_OK);
 }
 
 HM_RGB* SetUpEngine::slice(int band) {

@@ -79,8 +79,14 @@ void fillRandom(Frame& frame, uint32_t seed);
 // Row padding random, the frame rectangles of five colours (units of one key, repeated keys).
 void fillPatches(Frame& frame, std::mt19937& rng);
 
+// A mode and a geometry of a sweep.
+struct Case {
+    Lut2DMode mode;
+    Lut2DImageInfo info;
+};
+
 // "full 64x32 pitch 64 format 0", for a failure's message.
-std::string describe(Lut2DMode mode, const Lut2DImageInfo& info);
+std::string describe(const Case& c);
 
 // Where two byte ranges first differ, in units of `unit` bytes (rows, cache entries); nothing
 // when they are equal.
@@ -89,16 +95,15 @@ std::string firstDifference(const char* unitName, const uint8_t* actual, const u
 // The first luma and chroma rows where two frames of one geometry differ; nothing when equal.
 std::string frameDifference(const Frame& actual, const Frame& expected);
 
-// An engine object set up on a record as InitLut2D sets one up, released at the end.
+// An engine object set up on a record as InitLut2D sets one up (full resolution, 64 x 32),
+// released at the end.
 struct SetUpEngine {
     SW_2DLut_v10 e;
 
-    explicit SetUpEngine(ISP2DLUTInStruct_V10* record, Lut2DMode mode = LUT2D_MODE_CHRUS,
-                         Lut2DImageInfo info = {64, 32, 64, 0});
+    explicit SetUpEngine(ISP2DLUTInStruct_V10* record);
     ~SetUpEngine() { e.DenitLut2D(); }
     SetUpEngine(const SetUpEngine&) = delete;
     SetUpEngine& operator=(const SetUpEngine&) = delete;
-    SW_2DLut_v10* operator->() { return &e; }
     HM_RGB* slice(int band = 0);  // band i's result cache
 };
 

@@ -23,16 +23,6 @@ void clearLog();
 // From now on every line is also written to standard error, where a death test sees it.
 void echoLogToStderr();
 
-// A death test of a fatal stop: `statement` stops the process, and its log line matches
-// `line` (a regular expression).
-#define LUT2D_EXPECT_STOP(statement, line)   \
-    EXPECT_DEATH(                            \
-        {                                    \
-            ::lut2d_test::echoLogToStderr(); \
-            statement;                       \
-        },                                   \
-        line)
-
 // The lines captured since the last clearLog(), in order.
 std::vector<LogLine> logLines();
 

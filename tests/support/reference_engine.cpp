@@ -75,22 +75,20 @@ int ReferenceEngine::run(Frame& frame, unsigned flags, bool abortAfterWorkers) {
         return LUT2D_OK;
     }
 
-    if (e.m_mode == LUT2D_MODE_YDS) {
-        // One block per chroma pair: the bands are cut from the half height, not rounded.
-        std::vector<uint8_t> offsets(std::max<size_t>(quarter, 1), 128);
-        const uint32_t halfWidth = width >> 1, halfHeight = height >> 1, halfStride = stride >> 1;
-        const uint32_t band = halfHeight >> 2;
-        for (int i = 0; i < kBands; ++i) {
-            const uint32_t start = narrow(i * band);
-            const uint32_t end = narrow(i == kBands - 1 ? halfHeight : (i + 1) * band);
-            lowResolutionBand(frame, offsets.data(), start, end, slice(i));
-        }
-        if (abortAfterWorkers) return LUT2D_ERR_ABORTED;
-        (void)e.YOffsetAddition_tessel(offsets.data(), frame.luma.data(), halfWidth, halfStride,
-                                       halfHeight);
-        return LUT2D_OK;
+    // The low-resolution mode: one block per chroma pair, the bands cut from the half height,
+    // not rounded.
+    std::vector<uint8_t> offsets(std::max<size_t>(quarter, 1), 128);
+    const uint32_t halfWidth = width >> 1, halfHeight = height >> 1, halfStride = stride >> 1;
+    const uint32_t band = halfHeight >> 2;
+    for (int i = 0; i < kBands; ++i) {
+        const uint32_t start = narrow(i * band);
+        const uint32_t end = narrow(i == kBands - 1 ? halfHeight : (i + 1) * band);
+        lowResolutionBand(frame, offsets.data(), start, end, slice(i));
     }
-    return abortAfterWorkers ? LUT2D_ERR_ABORTED : LUT2D_OK;  // no work in another mode
+    if (abortAfterWorkers) return LUT2D_ERR_ABORTED;
+    (void)e.YOffsetAddition_tessel(offsets.data(), frame.luma.data(), halfWidth, halfStride,
+                                   halfHeight);
+    return LUT2D_OK;
 }
 
 // Luma rows [startRow, endRow) a row pair at a time, each pair's 2x2 blocks left to right,

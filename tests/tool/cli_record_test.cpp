@@ -16,9 +16,13 @@ std::string bytesOf(const ISP2DLUTInStruct_V10& r) {
     return std::string(reinterpret_cast<const char*>(&r), sizeof r);
 }
 
-TEST(RecordCommands, JsonToBinaryToJsonIsTheIdentity) {
+// A scratch folder and a record starting out neutral.
+struct RecordCommands : ::testing::Test {
     ScratchDir dir;
     ISP2DLUTInStruct_V10 r = neutralRecord();
+};
+
+TEST_F(RecordCommands, JsonToBinaryToJsonIsTheIdentity) {
     std::mt19937 rng(7);
     for (auto& v : r.lut_2d_h) v = static_cast<int16_t>(int(rng() % 1023) - 511);
     for (auto& v : r.lut_2d_s) v = static_cast<int16_t>(int(rng() % 1023) - 511);
@@ -40,9 +44,7 @@ TEST(RecordCommands, JsonToBinaryToJsonIsTheIdentity) {
 
 // Each problem on a line of its own (their texts are the record model's), then the library's
 // verdict.
-TEST(RecordCommands, CheckNamesEachProblemAndTheLibrarysVerdict) {
-    ScratchDir dir;
-    ISP2DLUTInStruct_V10 r = neutralRecord();
+TEST_F(RecordCommands, CheckNamesEachProblemAndTheLibrarysVerdict) {
     r.lut_2d_s[17] = 600;  // out of range: the library rejects it too
     r.l_boundary_end_B = 1900;
     writeText(dir / "bad.bin", bytesOf(r));
@@ -56,9 +58,7 @@ TEST(RecordCommands, CheckNamesEachProblemAndTheLibrarysVerdict) {
 }
 
 // A reciprocal rounded instead of truncated: the library does not look; JSON cannot keep it.
-TEST(RecordCommands, ConvertRederivesAReciprocalThatDoesNotMatch) {
-    ScratchDir dir;
-    ISP2DLUTInStruct_V10 r = neutralRecord();
+TEST_F(RecordCommands, ConvertRederivesAReciprocalThatDoesNotMatch) {
     r.lut_1d_s_inv[3] = 15;
     writeText(dir / "rounded.bin", bytesOf(r));
     EXPECT_NE(dir.run("record check rounded.bin")
@@ -76,9 +76,7 @@ TEST(RecordCommands, ConvertRederivesAReciprocalThatDoesNotMatch) {
               "fixed.json: lint: no red seam, fold-over or near-grey push\n");
 }
 
-TEST(RecordCommands, CheckListsLintWarningsAfterTheVerdictAndStrictMakesThemErrors) {
-    ScratchDir dir;
-    ISP2DLUTInStruct_V10 r = neutralRecord();
+TEST_F(RecordCommands, CheckListsLintWarningsAfterTheVerdictAndStrictMakesThemErrors) {
     for (int j = 1; j < 16; ++j) r.lut_2d_s[24 * 16 + j] = 40;  // 2 % more saturation at 360 only
     writeText(dir / "seam.bin", bytesOf(r));
     const std::string seam =
@@ -100,16 +98,15 @@ TEST(RecordCommands, CheckListsLintWarningsAfterTheVerdictAndStrictMakesThemErro
     EXPECT_EQ(dir.run("record check --strict s.json").exitCode, 0);
 }
 
-TEST(RecordCommands, ShowPrintsTheRecordReadably) {
-    ScratchDir dir;
+TEST_F(RecordCommands, ShowPrintsTheRecordReadably) {
     ASSERT_EQ(dir.run("record new --showcase s.bin").exitCode, 0);
-    const RunResult r = dir.run("record show s.bin");
-    ASSERT_EQ(r.exitCode, 0) << r.err;
+    const RunResult shown = dir.run("record show s.bin");
+    ASSERT_EQ(shown.exitCode, 0) << shown.err;
     for (const char* part :
          {"s.bin: binary tuning record", "h_shift       2",
           "lightness     0 up to 32, rising to full at 288", "   7   3584  105.0 deg   inv 32",
           "     8  120 |    0    0  -10  -37", "0 problems"}) {
-        EXPECT_NE(r.out.find(part), std::string::npos) << part << "\n" << r.out;
+        EXPECT_NE(shown.out.find(part), std::string::npos) << part << "\n" << shown.out;
     }
 }
 

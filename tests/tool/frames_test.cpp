@@ -8,7 +8,6 @@
 #include <random>
 
 #include "image_io.h"
-#include "tool_error.h"
 #include "tool_support.h"
 
 namespace {
@@ -52,7 +51,6 @@ TEST(Geometry, RefusesWhatTheLibraryCannotProcess) {
         uint32_t w, h, stride;
         std::string message;  // how the refusal starts; empty when accepted
     } cases[] = {
-
         {2, 2, 2, ""},
         {640, 6, 704, ""},
         {641, 480, 642, "frame size 641x480: width and height must be even and at least 2"},
@@ -60,12 +58,7 @@ TEST(Geometry, RefusesWhatTheLibraryCannotProcess) {
         {640, 480, 638, "stride 638 must be even, at least the width 640 and at most 65534"},
         {65536, 2, 65536, "frame size 65536x2"}};
     for (const auto& c : cases) {
-        std::string message;
-        try {
-            checkGeometry({c.w, c.h, c.stride}, "in.yuv");
-        } catch (const ToolError& e) {
-            message = e.what();
-        }
+        const std::string message = refusal([&] { checkGeometry({c.w, c.h, c.stride}, "in.yuv"); });
         EXPECT_EQ(message.rfind("in.yuv: " + c.message, 0),
                   c.message.empty() ? std::string::npos : 0)
             << message;
@@ -119,10 +112,9 @@ TEST(RawLayouts, InterleavePlanarChroma) {
 
 // Any layout, read into either chroma order and written back, is unchanged, padding included.
 TEST(RawLayouts, ComeBackByteForByte) {
-    std::mt19937 rng(3);
     const FrameGeometry g{10, 6, 14};
     std::vector<uint8_t> bytes(g.frameBytes());
-    for (uint8_t& b : bytes) b = static_cast<uint8_t>(rng());
+    std::generate(bytes.begin(), bytes.end(), std::mt19937(3));
     for (RawLayout layout : {RawLayout::I420, RawLayout::Yv12, RawLayout::Nv12, RawLayout::Nv21}) {
         for (ChromaOrder order : {ChromaOrder::Nv12, ChromaOrder::Nv21}) {
             YuvFrame f(FrameGeometry{g.width, g.height, g.stride, order});
@@ -170,36 +162,27 @@ TEST(Y4m, ReadsFfmpegClipsAndWritesThemBackByteForByte) {
         {"YUV4MPEG2 W8\n", "c.y4m: y4m header has no frame size"},
         {"YUV4MPEG W8 H4\n", "c.y4m: not a y4m clip"},
         {header + "FRAME\n" + std::string(71, 'a'), "c.y4m: y4m frame 1 is cut short: 71 of 72"},
-        {header + "FRAMES\n", "c.y4m: y4m frame 1 is cut short"},
         {header + "JUNK\n", "c.y4m: y4m frame 1 does not start with FRAME"},
         {header, "c.y4m: the y4m clip holds no frame"},
         // 40000x40000 needs 2.4 GB per frame: refused before anything is allocated.
         {"YUV4MPEG2 W40000 H40000\nFRAME\n", "c.y4m: 40000x40000 is 1600 megapixels, more "},
     };
     for (const auto& b : bad) {
-        std::string message;
-        try {
-            decodeY4m(asBytes(b.bytes), kDefaultMaxPixels, "c.y4m");
-        } catch (const ToolError& e) {
-            message = e.what();
-        }
+        const std::string message =
+            refusal([&] { decodeY4m(asBytes(b.bytes), kDefaultMaxPixels, "c.y4m"); });
         EXPECT_EQ(message.rfind(b.message, 0), 0u) << message;
     }
 }
 
+// Letter case aside, the kinds and layouts of names are the end-to-end refusals'.
 TEST(FileNames, GiveKindLayoutAndSize) {
     EXPECT_EQ(fileKindOf("a.HEIC"), FileKind::Picture);
-    EXPECT_EQ(fileKindOf("a.y4m"), FileKind::Y4m);
-    EXPECT_EQ(fileKindOf("a.yuv"), FileKind::Raw);
-    EXPECT_EQ(fileKindOf("a.bmp"), FileKind::Unknown);
     EXPECT_EQ(layoutOfName("a.YV12"), RawLayout::Yv12);
-    EXPECT_EQ(layoutOfName("a.yuv"), std::nullopt);
     using Size = std::optional<std::pair<uint32_t, uint32_t>>;
     EXPECT_EQ(sizeFromName("dir_9x9/clip_1920x1080.nv12"), Size({1920, 1080}));
     EXPECT_EQ(sizeFromName("640X480-and-640x480.yuv"), Size({640, 480}));
     EXPECT_EQ(sizeFromName("x264.nv12"), Size());
     EXPECT_EQ(sizeFromName("a12345678901x2.nv12"), Size());  // too many digits for a size
-    EXPECT_THROW(sizeFromName("a_64x48_32x32.yuv"), ToolError);
 }
 
 }  // namespace

@@ -31,9 +31,8 @@ TEST(Lint, RaisesNoFalseAlarm) {
     off.enable = 0;
     ISP2DLUTInStruct_V10 uniform = neutralRecord();  // every red turned by the same 10 degrees
     uniform.h_shift = 2;
-    for (int i = 0; i < kHueNodes; ++i) {
-        for (int j = 2; j < kSatNodes; ++j)
-            uniform.lut_2d_h[i * kSatNodes + j] = int16_t(10 * kHueStep);
+    for (int k = 0; k < kHueNodes * kSatNodes; ++k) {
+        if (k % kSatNodes >= 2) uniform.lut_2d_h[k] = int16_t(10 * kHueStep);
     }
     for (const ISP2DLUTInStruct_V10& r : {neutralRecord(), showcaseRecord(), off, uniform}) {
         const std::vector<LintWarning> warnings = lintRecord(r);

@@ -47,36 +47,4 @@ std::map<std::string, std::string> snapshot(const fs::path& folder) {
     return files;
 }
 
-std::vector<uint8_t> pngHeaderOnly(uint32_t w, uint32_t h) {
-    auto crc = [](const std::vector<uint8_t>& b, size_t from) {
-        uint32_t c = 0xFFFFFFFFu;
-        for (size_t i = from; i < b.size(); ++i) {
-            c ^= b[i];
-            for (int k = 0; k < 8; ++k) c = (c >> 1) ^ (0xEDB88320u & (0u - (c & 1)));
-        }
-        return ~c;
-    };
-    std::vector<uint8_t> png = {0x89, 'P', 'N', 'G', '\r', '\n', 0x1A, '\n'};
-    auto be = [&](uint32_t v) {
-        for (int s = 24; s >= 0; s -= 8) png.push_back(uint8_t(v >> s));
-    };
-    auto chunk = [&](const char* type, std::vector<uint8_t> data) {
-        be(uint32_t(data.size()));
-        const size_t start = png.size();
-        png.insert(png.end(), type, type + 4);
-        png.insert(png.end(), data.begin(), data.end());
-        be(crc(png, start));
-    };
-    std::vector<uint8_t> ihdr;
-    for (uint32_t v : {w, h})
-        for (int s = 24; s >= 0; s -= 8) ihdr.push_back(uint8_t(v >> s));
-    ihdr.insert(ihdr.end(), {8, 2, 0, 0, 0});
-    chunk("IHDR", ihdr);
-    // Ten zero bytes in one stored deflate block, with their Adler-32.
-    chunk("IDAT",
-          {0x78, 0x01, 0x01, 10, 0, 0xF5, 0xFF, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0x0A, 0, 0x01});
-    chunk("IEND", {});
-    return png;
-}
-
 }  // namespace lut2d_tool_test

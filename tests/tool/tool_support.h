@@ -10,6 +10,7 @@
 #include "frame_io.h"
 #include "image_io.h"
 #include "raster.h"
+#include "tool_error.h"
 #include "yuv.h"
 
 namespace lut2d_tool_test {
@@ -38,6 +39,17 @@ class ScratchDir {
 
 std::string readText(const fs::path& p);
 void writeText(const fs::path& p, const std::string& bytes);
+// The message of the ToolError that `f` throws; empty when it throws none.
+template <class F>
+std::string refusal(F f) {
+    try {
+        f();
+    } catch (const ToolError& e) {
+        return e.what();
+    }
+    return "";
+}
+
 // Every entry of `folder` (hidden ones included) with its contents.
 std::map<std::string, std::string> snapshot(const fs::path& folder);
 
@@ -46,30 +58,21 @@ inline RgbImage loadPicture(const fs::path& p) {
     return readPicture(p, kDefaultMaxPixels).image;
 }
 
-// A PNG of a header (IHDR) claiming `w` x `h`, ten bytes of data and an end.
-std::vector<uint8_t> pngHeaderOnly(uint32_t w, uint32_t h);
-
 // A frame as a raw file holds it: luma, then chroma.
 inline std::string frameBytes(const YuvFrame& f) {
     return std::string(f.luma.begin(), f.luma.end()) +
            std::string(f.chroma.begin(), f.chroma.end());
 }
 
-// What `same` compares at (x, y): the colour, or the luma with its chroma pair.
-inline Rgb pixel(const RgbImage& img, int x, int y) {
-    return img.at(x, y);
-}
-inline std::array<uint8_t, 3> pixel(const YuvFrame& f, int x, int y) {
-    const size_t s = f.geometry.stride, c = y / 2 * s + (x & ~1);
-    return {f.luma[y * s + x], f.chroma[c], f.chroma[c + 1]};
-}
-
-// True when every pixel of `r` is the same in both frames or pictures.
-template <class Image>
-bool same(const Image& a, const Image& b, Rect r) {
+// True when every pixel of `r` has the same luma and chroma pair in both frames.
+inline bool same(const YuvFrame& a, const YuvFrame& b, Rect r) {
+    auto pixel = [s = size_t{a.geometry.stride}](const YuvFrame& f, int x, int y) {
+        const size_t c = y / 2 * s + (x & ~1);
+        return std::array{f.luma[y * s + x], f.chroma[c], f.chroma[c + 1]};
+    };
     for (int y = r.y; y < r.y + r.h; ++y)
         for (int x = r.x; x < r.x + r.w; ++x)
-            if (!(pixel(a, x, y) == pixel(b, x, y))) return false;
+            if (pixel(a, x, y) != pixel(b, x, y)) return false;
     return true;
 }
 

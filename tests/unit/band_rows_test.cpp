@@ -21,6 +21,7 @@ namespace {
 using lut2d::CacheWalk;
 using lut2d::kChunkKeys;
 using lut2d::kUnitKeys;
+using lut2d_test::Case;
 using lut2d_test::Frame;
 using lut2d_test::pick;
 
@@ -58,6 +59,9 @@ std::vector<HM_RGB> makeSlice(std::mt19937& rng, const std::vector<uint32_t>& up
 // keys 49999 apart (one slot, different keys), and units of one key.
 std::vector<uint32_t> hardKeys(std::mt19937& rng, size_t count) {
     std::vector<uint32_t> alphabet;
+    auto letter = [&] {
+        return alphabet[static_cast<size_t>(pick(rng, 0, int(alphabet.size()) - 1))];
+    };
     for (int n = 0; n < pick(rng, 1, 12); ++n) {
         // Keys of every size the vector forms take (below 2^31), most of them small.
         const uint32_t base =
@@ -68,15 +72,12 @@ std::vector<uint32_t> hardKeys(std::mt19937& rng, size_t count) {
     std::vector<uint32_t> keys(count);
     for (size_t i = 0; i < count; ++i) {
         if (i % kUnitKeys == 0 && pick(rng, 0, 3) == 0) {  // a unit of one key
-            const uint32_t k =
-                alphabet[static_cast<size_t>(pick(rng, 0, int(alphabet.size()) - 1))];
+            const uint32_t k = letter();
             for (size_t j = i; j < count && j < i + kUnitKeys; ++j) keys[j] = k;
             i = std::min(count, i + kUnitKeys) - 1;
             continue;
         }
-        keys[i] = pick(rng, 0, 4) == 0
-                      ? static_cast<uint32_t>(rng()) & 0x3FFFFFFFu
-                      : alphabet[static_cast<size_t>(pick(rng, 0, int(alphabet.size()) - 1))];
+        keys[i] = pick(rng, 0, 4) == 0 ? static_cast<uint32_t>(rng()) & 0x3FFFFFFFu : letter();
     }
     return keys;
 }
@@ -128,10 +129,9 @@ TEST(BandRows, VectorSlotsAreTheKeyModulo49999) {
         U k;
         for (uint32_t j = 0; j < 8; ++j) k[j] = first + j;
         const U s = lut2d::rows::cacheSlots(k);
-        for (uint32_t j = 0; j < 8; ++j) {
-            if (s[j] != (first + j) % 49999u) return false;
-        }
-        return true;
+        bool right = true;
+        for (uint32_t j = 0; j < 8; ++j) right = right && s[j] == (first + j) % 49999u;
+        return right;
     };
     for (uint32_t k = 0; k < (1u << 24); k += 8) ASSERT_TRUE(check(k)) << k;
     for (uint64_t m = 49999; m < (1ull << 31) - 8; m += 49999 * 997ull) {
@@ -142,11 +142,6 @@ TEST(BandRows, VectorSlotsAreTheKeyModulo49999) {
 
 // ---- whole bands ----------------------------------------------------------------------------
 
-struct BandCase {
-    Lut2DMode mode;
-    Lut2DImageInfo info;
-};
-
 // The band's frame and slice after three frames through the given stages.
 struct BandState {
     Frame frame;
@@ -154,7 +149,7 @@ struct BandState {
     std::vector<HM_RGB> slice;
 };
 
-BandState runBands(const lut2d::FrameKernels& k, const BandCase& c, Tables& t, uint32_t seed) {
+BandState runBands(const lut2d::FrameKernels& k, const Case& c, Tables& t, uint32_t seed) {
     std::mt19937 rng(seed);
     t.record = lut2d_test::busyRecord(seed);
     const auto [width, height, stride, format] = c.info;
@@ -162,11 +157,8 @@ BandState runBands(const lut2d::FrameKernels& k, const BandCase& c, Tables& t, u
     const bool full = c.mode == LUT2D_MODE_CHRUS;
     s.extra.assign(size_t{stride} * height / 2 + 1, 0);
     for (int frame = 0; frame < 3; ++frame) {
-        if (frame == 1) {
-            lut2d_test::fillRandom(s.frame, static_cast<uint32_t>(rng()));
-        } else {
-            lut2d_test::fillPatches(s.frame, rng);
-        }
+        if (frame == 1) lut2d_test::fillRandom(s.frame, static_cast<uint32_t>(rng()));
+        if (frame != 1) lut2d_test::fillPatches(s.frame, rng);
         t.record.lut_2d_h[pick(rng, 0, 399)] = static_cast<int16_t>(pick(rng, -511, 511));
         t.prepare();
         lut2d::BandWork work{};
@@ -185,11 +177,7 @@ BandState runBands(const lut2d::FrameKernels& k, const BandCase& c, Tables& t, u
         a.endRow = static_cast<uint16_t>(full ? height : height / 2);
         a.pScratch = reinterpret_cast<uint8_t*>(s.slice.data());
         a.format = format;
-        if (full) {
-            lut2d::fullResolutionBand(work);
-        } else {
-            lut2d::lowResolutionBand(work);
-        }
+        (full ? lut2d::fullResolutionBand : lut2d::lowResolutionBand)(work);
     }
     return s;
 }
@@ -197,7 +185,7 @@ BandState runBands(const lut2d::FrameKernels& k, const BandCase& c, Tables& t, u
 TEST(BandRows, VectorBandsWriteTheScalarBandsBytesAndSlices) {
     Tables t(lut2d_test::busyRecord(9));
     std::mt19937 rng(8);
-    std::vector<BandCase> cases;
+    std::vector<Case> cases;
     for (int n = 0; n < 40 / kScale; ++n) {
         const auto width = static_cast<uint32_t>(pick(rng, 1, 90) * 2);
         cases.push_back({n % 2 == 0 ? LUT2D_MODE_CHRUS : LUT2D_MODE_YDS,
@@ -207,8 +195,8 @@ TEST(BandRows, VectorBandsWriteTheScalarBandsBytesAndSlices) {
     }
     cases.push_back({LUT2D_MODE_CHRUS, {1100, 6, 1104, 0}});  // chunks of a row
     cases.push_back({LUT2D_MODE_YDS, {2200, 4, 2200, 1}});
-    for (const BandCase& c : cases) {
-        SCOPED_TRACE(lut2d_test::describe(c.mode, c.info));
+    for (const Case& c : cases) {
+        SCOPED_TRACE(lut2d_test::describe(c));
         const auto seed = static_cast<uint32_t>(rng());
         const BandState expected = runBands(
             {scalarRows(), lut2d::ColourKernel{lut2d::AdjustColours_C, lut2d::AdjustBlocks_C}}, c,

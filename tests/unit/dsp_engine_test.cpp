@@ -3,8 +3,6 @@
 // back, failures, and the result against the CPU engine. This executable has no platform
 // debug log, so failing remote methods stay silent.
 
-#include <cstdio>
-
 #include "dsp/sw2dlut_context.h"
 #include "dsp/sw2dlut_dsp.h"
 #include "engine/sw_2dlut_v10.h"
@@ -73,13 +71,6 @@ TEST_F(DspEngine, FullHdFrameIsMarshalledFromSharedMemory) {
     EXPECT_EQ(calls[1].primaryIn, (Bytes{3, 0, 0, 0}));  // init: the value
     EXPECT_EQ((Methods{calls[1].scalars, calls[2].scalars, calls[3].scalars}),
               (Methods{0x02010000, 0x03080600, 0x04000000}));
-
-    long dsp = 0, rpc = 0, total = 0;  // rpc = total - dsp
-    const std::string times = logLines()[1].text;
-    ASSERT_EQ(
-        std::sscanf(times.c_str(), "%*s dsp: %ld us, rpc: %ld us, total: %ld", &dsp, &rpc, &total),
-        3);
-    EXPECT_EQ(dsp + rpc, total);
 }
 
 TEST_F(DspEngine, ResultEqualsTheCpuEngineOnTheSharedFrame) {
@@ -98,11 +89,9 @@ TEST_F(DspEngine, ResultEqualsTheCpuEngineOnTheSharedFrame) {
             EXPECT_EQ(Bytes(d.ctx().in_buf, d.ctx().in_buf + shared.size()), shared);
 
             // The CPU engine (handle functions of this build) over the same shared frame.
-            void* cpu = nullptr;
-            ASSERT_EQ(InitLut2D(&cpu, &rec, {stride, height, stride, 0}, mode), 0);
+            const Handle cpu(&rec, {stride, height, stride, 0}, mode);
             Lut2DImageData packed{shared.data(), shared.data() + size_t{stride} * height};
-            ASSERT_EQ(processLut2d(cpu, &packed, 0), 0);
-            releaseLut2d(cpu);
+            ASSERT_EQ(processLut2d(cpu.get(), &packed, 0), 0);
             Bytes result = d.frame.luma;
             result.insert(result.end(), d.frame.chroma.begin(), d.frame.chroma.end());
             for (uint32_t r = 0; r < height * 3 / 2; ++r) {

@@ -21,38 +21,10 @@ constexpr uint8_t kUntouched = 0x5A;
 // Weight of source sample i for output position x of the 1-D expand (kernel 1 4 6 4 1
 // over the zero-stuffed signal), with the border rules s(-1) = s(1), s(n) = s(n-1).
 int expandWeight(int x, int i, int n) {
-    auto sample = [n](int k) { return k < 0 ? (n > 1 ? 1 : 0) : std::min(k, n - 1); };
-    int w = 0;
+    auto is = [n, i](int k) { return (k < 0 ? (n > 1 ? 1 : 0) : std::min(k, n - 1)) == i; };
     const int half = x / 2;
-    if (x % 2 == 0) {
-        if (sample(half - 1) == i) w += 1;
-        if (sample(half) == i) w += 6;
-        if (sample(half + 1) == i) w += 1;
-    } else {
-        if (sample(half) == i) w += 4;
-        if (sample(half + 1) == i) w += 4;
-    }
-    return w;
-}
-
-// The Gaussian 2x expand stated directly: a 2 width x 2 height plane, rounded once.
-std::vector<uint8_t> gaussianExpand(const uint8_t* src, uint32_t width, uint32_t height,
-                                    uint32_t stride) {
-    const int w = static_cast<int>(width), h = static_cast<int>(height);
-    std::vector<uint8_t> out(size_t{4} * width * height);
-    for (int y = 0; y < 2 * h; ++y) {
-        for (int x = 0; x < 2 * w; ++x) {
-            int sum = 0;
-            for (int j = std::max(0, y / 2 - 1); j <= std::min(h - 1, y / 2 + 1); ++j) {
-                const int wy = expandWeight(y, j, h);
-                for (int i = std::max(0, x / 2 - 1); i <= std::min(w - 1, x / 2 + 1); ++i) {
-                    sum += wy * expandWeight(x, i, w) * src[j * stride + i];
-                }
-            }
-            out[static_cast<size_t>(y) * 2 * w + x] = static_cast<uint8_t>((sum + 32) >> 6);
-        }
-    }
-    return out;
+    if (x % 2 == 1) return 4 * is(half) + 4 * is(half + 1);
+    return is(half - 1) + 6 * is(half) + is(half + 1);
 }
 
 // luma + offset - 128 clamped to 0 .. 255, stated on the unwrapped sum s = luma + offset.
@@ -65,15 +37,24 @@ struct Plane {
     uint32_t width, height, srcStride, dstStride;
 };
 
-// The expected destination of a strided call: the reference expand in the 2 width x
-// 2 height region, the padding as it was.
+// The Gaussian 2x expand stated directly, rounded once: the 2 width x 2 height plane in rows
+// dstStride apart, the padding as it was.
 std::vector<uint8_t> expectedPlane(const std::vector<uint8_t>& src, const Plane& p) {
-    std::vector<uint8_t> want(size_t{2} * p.height * p.dstStride, kUntouched);
-    const auto up = gaussianExpand(src.data(), p.width, p.height, p.srcStride);
-    for (size_t y = 0; y < 2 * size_t{p.height}; ++y) {
-        std::copy_n(&up[y * 2 * p.width], 2 * p.width, &want[y * p.dstStride]);
+    const int w = static_cast<int>(p.width), h = static_cast<int>(p.height);
+    std::vector<uint8_t> out(size_t{2} * p.height * p.dstStride, kUntouched);
+    for (int y = 0; y < 2 * h; ++y) {
+        for (int x = 0; x < 2 * w; ++x) {
+            int sum = 0;
+            for (int j = std::max(0, y / 2 - 1); j <= std::min(h - 1, y / 2 + 1); ++j) {
+                const int wy = expandWeight(y, j, h);
+                for (int i = std::max(0, x / 2 - 1); i <= std::min(w - 1, x / 2 + 1); ++i) {
+                    sum += wy * expandWeight(x, i, w) * src[j * p.srcStride + i];
+                }
+            }
+            out[y * size_t{p.dstStride} + x] = static_cast<uint8_t>((sum + 32) >> 6);
+        }
     }
-    return want;
+    return out;
 }
 
 // Every width up to 80 and some around the column chunks, at heights that reach every

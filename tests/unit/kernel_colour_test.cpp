@@ -36,8 +36,8 @@ TEST_F(Colour, SpecialisedTransformsSkipTheOffsetsThatAreZero) {
     e().m_cst[0].outOffset[0] = e().m_cst[1].inOffset[0] = 9;
     for (int i = 0; i < 100000; ++i) {
         const V3 in = random();
-        ASSERT_EQ(yuvToGbr(in), kmodel::cst(yuvToRgb, in.a, in.b, in.c));
-        ASSERT_EQ(gbrToYuv(in), kmodel::cst(rgbToYuv, in.a, in.b, in.c));
+        ASSERT_EQ(cst(&SW_2DLut_v10::CST_YUV2RGB, in), kmodel::cst(yuvToRgb, in.a, in.b, in.c));
+        ASSERT_EQ(cst(&SW_2DLut_v10::CST_RGB2YUV, in), kmodel::cst(rgbToYuv, in.a, in.b, in.c));
     }
 }
 
@@ -50,8 +50,8 @@ TEST_F(Colour, TransformsGiveTheDocumentedExamples) {
                  {{0, 0, 0}, {544, 0, 0}, {319, 332, 285}},
                  {{1023, 1023, 1023}, {480, 1023, 1023}, {704, 691, 738}}};
     for (const auto& c : cases) {
-        EXPECT_EQ(yuvToGbr(c.yuv), c.gbr);
-        EXPECT_EQ(gbrToYuv(c.gbr), c.back);
+        EXPECT_EQ(cst(&SW_2DLut_v10::CST_YUV2RGB, c.yuv), c.gbr);
+        EXPECT_EQ(cst(&SW_2DLut_v10::CST_RGB2YUV, c.gbr), c.back);
     }
 }
 

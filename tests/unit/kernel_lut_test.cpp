@@ -9,7 +9,6 @@
 
 namespace {
 
-using kmodel::Rec;
 using kmodel::V3;
 using lut2d_test::pick;
 
@@ -35,8 +34,10 @@ TEST_F(Lut, ColorAdjustIsTheModel) {
     EXPECT_GT(neutral, 1000);  // the records' zero blocks were reached
 }
 
-// Computed on the first call, from the cache on the second.
+// Computed on the first call, from the cache on the second; black too, which a zero-filled
+// cache would answer with 0, 0, 0.
 TEST_F(Lut, ProcessIsTheModel) {
+    EXPECT_EQ(process({0, 0, 0}), (V3{319, 332, 285}));
     int band = 0;
     onRandomRecords([&] {
         const V3 in{pick(rng, 0, 1023), pick(rng, 0, 1023), pick(rng, 0, 1023)};
@@ -94,14 +95,12 @@ TEST_F(Lut, SearchIndexFindsTheIntervalBelowTheLastNode) {
     }
 }
 
-// The 16-bit difference of 70000 is 4464; the weight is used modulo 2^16.
-TEST_F(Lut, LinearInterpolationCmult32TakesDifferenceAndWeightAsSixteenBits) {
+// The 32-bit form takes the difference and the weight as 16 bits (the difference of 70000 is
+// 4464, the weight is used modulo 2^16); the 64-bit form keeps only the product to 32 bits.
+TEST_F(Lut, LinearInterpolationsTakeTheirOperandsAtTheirWidths) {
     EXPECT_EQ(e().linearInterpolation_Cmult32(11, 0, 1024, 0, 100), 50);
     EXPECT_EQ(e().linearInterpolation_Cmult32(11, 0, 1024, 0, 70000), (4464 * 1024 + 1024) >> 11);
     EXPECT_EQ(e().linearInterpolation_Cmult32(4, 7, 65536 + 8, 10, 2), 10 + ((-8 * 8 + 8) >> 4));
-}
-
-TEST_F(Lut, LinearInterpolationCmult64KeepsOnlyTheProductToThirtyTwoBits) {
     EXPECT_EQ(e().linearInterpolation_Cmult64(11, 0, 1024, 0, 70000), 35000);
     EXPECT_EQ(e().linearInterpolation_Cmult64(14, 0, 100000, -5, 30000),
               -5 + ((static_cast<int32_t>(30005u * 100000u) + 8192) >> 14));
@@ -118,29 +117,19 @@ TEST_F(Lut, LumaDeltaWeighsTheChannelChangesInQ9) {
     EXPECT_EQ(e().get_luma_delta(255, 0, 0, 0, 1, 0, 0, 0), 0);
 }
 
-// A zero-filled cache would answer black with 0, 0, 0.
-TEST_F(Lut, ProcessComputesColoursNeverSeenInTheSlice) {
-    EXPECT_EQ(process({0, 0, 0}), (V3{319, 332, 285}));
-}
-
-// Even after the record changes and the tables are rebuilt.
-TEST_F(Lut, ProcessKeepsACachedColoursFirstResult) {
+// A colour's first result is kept, even after the record changes and the tables are rebuilt,
+// until a colour of a congruent key takes its slot: 500 << 20 | 561 << 10 | 335 is
+// 500 << 20 | 512 << 10 | 512 plus 49999. The grey (at the first saturation node here), tinted
+// at first, is then computed again under the record it now meets, which keeps it grey.
+TEST_F(Lut, ProcessKeepsAColoursFirstResultUntilACongruentKeyTakesItsSlot) {
     rec = lut2d_test::uniformRecord(200, 100);
     setUpAgain();
     const V3 first = process({500, 512, 512});
+    EXPECT_NE(first, (V3{500, 512, 512}));
     rec = lut2d_test::uniformRecord(-200, -100);
     e().UpdateCfg(&rec);
     ASSERT_NE(kmodel::process(e(), rec, 500, 512, 512), first);
     EXPECT_EQ(process({500, 512, 512}), first);
-}
-
-// 500 << 20 | 561 << 10 | 335 is 500 << 20 | 512 << 10 | 512 plus 49999. A grey (at the
-// first saturation node here) is tinted, then greyed again by the record it is computed under.
-TEST_F(Lut, ProcessComputesAColourAgainOnceACongruentKeyTookItsSlot) {
-    rec = lut2d_test::uniformRecord(200, 100);
-    setUpAgain();
-    EXPECT_NE(process({500, 512, 512}), (V3{500, 512, 512}));
-    rec = lut2d_test::uniformRecord(-200, -100);
     EXPECT_EQ(process({500, 561, 335}), kmodel::process(e(), rec, 500, 561, 335));
     EXPECT_EQ(process({500, 512, 512}), (V3{500, 512, 512}));
 }

@@ -202,8 +202,6 @@ struct KernelTest : ::testing::Test {
         (e().*f)(in.a, in.b, in.c, &x, &y, &z, p...);
         return {x, y, z};
     }
-    V3 yuvToGbr(V3 yuv) { return cst(&SW_2DLut_v10::CST_YUV2RGB, yuv); }
-    V3 gbrToYuv(V3 gbr) { return cst(&SW_2DLut_v10::CST_RGB2YUV, gbr); }
     V3 hsl(V3 rgb) {
         V3 o{};
         e().RGBtoHSL(rgb.a, rgb.b, rgb.c, &o.a, &o.b, &o.c, recip.data(), recip.data(),

@@ -1,8 +1,7 @@
-// The exported OS wrappers: threads, recursive mutexes, timed waits and the clock.
+// The exported OS wrappers: threads, recursive mutexes and timed waits. (The clock, now_ms, only
+// passes the time of day on.)
 
 #include <gtest/gtest.h>
-
-#include <sys/time.h>
 
 #include <cerrno>
 #include <chrono>
@@ -75,15 +74,6 @@ TEST(OsMutex, RecursiveMutexIsReentered) {
     EXPECT_EQ(os_mutex_destroy(&m), 0);
 }
 
-// Wall-clock milliseconds with the fraction of a millisecond.
-TEST(OsClock, IsTheTimeOfDayInMilliseconds) {
-    timeval tv{};
-    gettimeofday(&tv, nullptr);
-    const double now = now_ms(), then = tv.tv_sec * 1000.0 + tv.tv_usec / 1000.0;
-    EXPECT_GE(now, then);
-    EXPECT_LT(now, then + 1000);
-}
-
 // Waits until the wall clock's nanoseconds lie in [low, high).
 void waitForNanos(long low, long high) {
     timespec now{};
@@ -91,16 +81,15 @@ void waitForNanos(long low, long high) {
     while (now.tv_nsec < low || now.tv_nsec >= high);
 }
 
-TEST_F(OsLayer, TimedWaitTimesOutAfterTheGivenMilliseconds) {
+// The deadline is the wall clock plus the milliseconds, added to the nanoseconds without
+// carrying into the seconds: a wait times out (11) after the milliseconds given, and one whose
+// deadline has a second or more of nanoseconds is refused.
+TEST_F(OsLayer, TimedWaitUntilTheClockPlusTheMillisecondsUnnormalised) {
     EXPECT_EQ(os_cond_timedwait(&c, &m, 0), 11);
     waitForNanos(0, 500000000);
     const auto start = std::chrono::steady_clock::now();
     EXPECT_EQ(os_cond_timedwait(&c, &m, 30), 11);
     EXPECT_GE(std::chrono::steady_clock::now() - start, std::chrono::milliseconds(25));
-}
-
-// The milliseconds are added to the nanoseconds without carrying into the seconds.
-TEST_F(OsLayer, TimedWaitPassesAnUnnormalisedDeadlineOn) {
     waitForNanos(600000000, 900000000);
     EXPECT_EQ(os_cond_timedwait(&c, &m, 999), EINVAL);  // at least 1,599,000,000 ns
     waitForNanos(600000000, 900000000);

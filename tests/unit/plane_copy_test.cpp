@@ -102,13 +102,11 @@ struct PlaneConversion : ::testing::Test {
     SW_2DLut_v10 engine;
 };
 
-TEST_F(PlaneConversion, DeinterleaveScalesByFour) {
+// Deinterleaving scales by four; interleaving truncates, luma and chroma each by their own
+// count.
+TEST_F(PlaneConversion, ScalesByFourAndTruncatesBack) {
     engine.DeinterleaveCbCr(&frame, &planar, 4, 2);
     EXPECT_EQ((std::vector{y, cb, cr}), (std::vector<U16>{{0, 4, 1020, 512}, {40, 1020}, {80, 0}}));
-}
-
-// Luma and chroma each by their own count.
-TEST_F(PlaneConversion, InterleaveTruncates) {
     y = {1023, 3, 4, 1020}, cb = {7, 1023}, cr = {8, 0};
     engine.InterleaveCbCr(&planar, &frame, 4, 0);
     EXPECT_EQ((std::vector{luma, chroma}),
