@@ -9,7 +9,9 @@
 //
 // Figures are nanoseconds per key (a pixel in the full-resolution mode, a 2x2 block in the
 // low-resolution mode), the colour kernel's also per missed colour; each is the best of three
-// passes over the sequence (a shared machine only ever adds time).
+// passes over the sequence (a shared machine only ever adds time). The last column is each
+// band's share of the frame's time: two threads can share out four bands only as evenly as
+// those shares allow.
 
 #include <algorithm>
 #include <chrono>
@@ -34,6 +36,7 @@ const char* const kStageNames[kStages] = {"keys", "walk", "colours", "settle", "
 
 struct Totals {
     double ns[kStages] = {};
+    double bandNs[lut2d::kBandCount] = {};  // all stages, by band
     double keys = 0, misses = 0;
     double total() const {
         double t = 0;
@@ -52,6 +55,20 @@ class Timer {
   private:
     double& sink_;
     Clock::time_point start_;
+};
+
+// Adds what the stages took while a band ran to the band's total.
+class BandTimer {
+  public:
+    BandTimer(Totals& t, int band) : t_(t), band_(band), before_(t.total()) {}
+    ~BandTimer() { t_.bandNs[band_] += t_.total() - before_; }
+    BandTimer(const BandTimer&) = delete;
+    BandTimer& operator=(const BandTimer&) = delete;
+
+  private:
+    Totals& t_;
+    int band_;
+    double before_;
 };
 
 // The engine whose tables and slices the stages use, set up as a handle would be.
@@ -80,6 +97,7 @@ void fullResolutionFrame(Engine& e, const lut2d::FrameKernels& k, Planes& f, Siz
         const uint32_t r0 = band * static_cast<uint32_t>(b);
         const uint32_t r1 = b == lut2d::kBandCount - 1 ? s.height : r0 + band;
         HM_RGB* cache = e.slice(b);
+        const BandTimer bandTime(t, b);
         for (uint32_t r = r0; r < r1; r += 2) {
             const uint8_t* centre = f.chroma.data() + size_t{s.width} * r / 2;
             const lut2d::RowPair rp{f.luma.data() + size_t{s.width} * r,
@@ -128,6 +146,7 @@ void lowResolutionFrame(Engine& e, const lut2d::FrameKernels& k, Planes& f, Size
         const uint32_t r0 = band * static_cast<uint32_t>(b);
         const uint32_t r1 = b == lut2d::kBandCount - 1 ? pairRows : r0 + band;
         HM_RGB* cache = e.slice(b);
+        const BandTimer bandTime(t, b);
         for (uint32_t r = r0; r < r1; ++r) {
             const uint8_t* top = f.luma.data() + size_t{s.width} * 2 * r;
             const lut2d::PairRow pr{top,
@@ -200,8 +219,8 @@ int main(int argc, char** argv) {
     const size_t pathCount = lut2d::rowKernelsPaths(paths, 8);
     std::printf(
         "Band stages on one thread, realistic frames (ns per key; colours also per miss)\n\n");
-    std::printf("%-28s %-5s %7s %7s %8s %7s %8s %7s   %7s %8s\n", "frame", "form", "keys", "walk",
-                "colours", "settle", "outputs", "total", "missed", "ns/miss");
+    std::printf("%-28s %-5s %7s %7s %8s %7s %8s %7s   %7s %8s  %s\n", "frame", "form", "keys",
+                "walk", "colours", "settle", "outputs", "total", "missed", "ns/miss", "bands %");
     struct Content {
         std::string name;
         Size size;
@@ -228,8 +247,12 @@ int main(int argc, char** argv) {
                     std::string(mode == LUT2D_MODE_CHRUS ? "full_res/" : "low_res/") + c.name;
                 std::printf("%-28s %-5s", name.c_str(), paths[p].name);
                 for (double ns : t.ns) std::printf(" %7.2f", ns / t.keys);
-                std::printf(" %7.2f   %6.1f%% %8.2f\n", t.total() / t.keys,
+                std::printf(" %7.2f   %6.1f%% %8.2f  ", t.total() / t.keys,
                             100.0 * t.misses / t.keys, t.ns[kColours] / std::max(1.0, t.misses));
+                for (int b = 0; b < lut2d::kBandCount; ++b) {
+                    std::printf("%s%.0f", b == 0 ? " " : "/", 100.0 * t.bandNs[b] / t.total());
+                }
+                std::printf("\n");
             }
         }
     }
