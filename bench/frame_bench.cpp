@@ -389,18 +389,15 @@ class SummaryReporter : public benchmark::ConsoleReporter {
         }
 
         std::printf("\nGoals\n");
-        for (const char* content : {"realistic", "tiled"}) {
-            for (Size s : kSizes) {
-                checkRatio(std::string("full_res ") + content + " " + sizeName(s) +
-                               " >= 1.5x faster than the peer",
-                           peerOver(std::string("full_res/") + content, s), 1.5, 1e300);
-            }
-        }
-        for (const char* content : {"realistic", "tiled"}) {
-            for (Size s : kSizes) {
-                checkRatio(std::string("low_res ") + content + " " + sizeName(s) +
-                               " >= 8x faster than the peer",
-                           peerOver(std::string("low_res/") + content, s), 8.0, 1e300);
+        const std::pair<const char*, double> peerGoals[] = {{"full_res", 1.5}, {"low_res", 8.0}};
+        for (const auto& [mode, factor] : peerGoals) {
+            for (const char* content : {"realistic", "tiled"}) {
+                for (Size s : kSizes) {
+                    char goal[96];
+                    std::snprintf(goal, sizeof goal, "%s %s %s >= %gx faster than the peer", mode,
+                                  content, sizeName(s).c_str(), factor);
+                    checkRatio(goal, peerOver(std::string(mode) + "/" + content, s), factor, 1e300);
+                }
             }
         }
         for (Size s : kSizes) {
@@ -441,10 +438,7 @@ class SummaryReporter : public benchmark::ConsoleReporter {
 
   private:
     std::optional<double> millis(const std::string& row, Size s) const {
-        const std::string name = row == "copy" ? "copy/" + sizeName(s) : row + "/" + sizeName(s);
-        const auto it = millis_.find(name);
-        if (it == millis_.end()) return std::nullopt;
-        return it->second;
+        return byName(row + "/" + sizeName(s));
     }
     std::optional<double> byName(const std::string& name) const {
         const auto it = millis_.find(name);
